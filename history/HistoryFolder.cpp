@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "HistoryFolder.h"
+
+#include "HistoryCodec.h"
+#include "PrivateFiles.h"
+
+#include <QDir>
+#include <QFile>
+#include <QLoggingCategory>
+#include <QStandardPaths>
+
+Q_LOGGING_CATEGORY(lcHistory, "zettly.history", QtWarningMsg)
+
+HistoryFolder::HistoryFolder(const QString &dirPath)
+    : m_dirPath(QDir::cleanPath(dirPath))
+    , m_dbPath(m_dirPath + QStringLiteral("/clips.json"))
+    , m_imagesDirPath(m_dirPath + QStringLiteral("/images"))
+{
+    // A folder that cannot be made shows later as saves that fail, silently.
+    PrivateFiles::ensureFolder(m_dirPath);
+    PrivateFiles::ensureFolder(m_imagesDirPath);
+}
+
+QString HistoryFolder::standardPath()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/Zettly");
+}
+
+QList<ClipItem> HistoryFolder::load() const
+{
+    QFile file(m_dbPath);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    if (auto items = HistoryCodec::decode(file.readAll()))
+        return std::move(*items);
+    const QString copy = PrivateFiles::keepUnreadableCopy(m_dbPath);
+    qCInfo(lcHistory) << "history file does not decode; kept as" << copy;
+    return {};
+}
+
+bool HistoryFolder::save(const QList<ClipItem> &items) const
+{
+    QString errorText;
+    if (PrivateFiles::writeAtomically(m_dbPath, HistoryCodec::encode(items), &errorText))
+        return true;
+    qCInfo(lcHistory) << "could not save the history:" << errorText;
+    return false;
+}
+
+QString HistoryFolder::imagePath(const QString &imageRelPath) const
+{
+    if (imageRelPath.isEmpty() || imageRelPath.contains(u'/') || imageRelPath == u"." || imageRelPath == u"..")
+        return {};
+    return m_imagesDirPath + u'/' + imageRelPath;
+}
+
+void HistoryFolder::deleteImage(const QString &imageRelPath) const
+{
+    if (const QString path = imagePath(imageRelPath); !path.isEmpty())
+        QFile::remove(path);
+}

@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ClipItem.h"
+#include "HistoryCodec.h"
+
+#include <QJsonDocument>
+#include <QSet>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+ClipItem textItem(const QString &text)
+{
+    return ClipItem{.kind = ClipKind::Text, .preview = text, .fullText = text};
+}
+
+QByteArray compact(const QJsonObject &object)
+{
+    return QJsonDocument(object).toJson(QJsonDocument::Compact);
+}
+
+std::optional<ClipItem> decodeOne(const char *json)
+{
+    const QJsonDocument document = QJsonDocument::fromJson(json);
+    EXPECT_TRUE(document.isObject()) << json;
+    return ClipItem::fromJson(document.object());
+}
+
+const char *const validText = R"({"id":"0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9","kind":"text",)"
+                              R"("preview":"a","fullText":"a","pinned":false,"createdAt":12.5})";
+
+} // namespace
+
+TEST(ClipKindTest, NamesAreExactAndCaseSensitive)
+{
+    for (ClipKind kind : {ClipKind::Text, ClipKind::Url, ClipKind::Image, ClipKind::File, ClipKind::Color})
+        EXPECT_EQ(clipKindFromName(clipKindName(kind)), kind);
+    EXPECT_EQ(clipKindName(ClipKind::Url), QStringLiteral("url"));
+    for (const char *other : {"URL", "Text", "", "link", "text "})
+        EXPECT_FALSE(clipKindFromName(QString::fromUtf8(other))) << other;
+}
+
+TEST(ClipItemJsonTest, WritesTheExactCompactObject)
+{
+    const ClipItem item{
+        .id = QUuid::fromString(QStringLiteral("0f1e2d3c-4b5a-4978-8695-a4b3c2d1e0f9")),
+        .kind = ClipKind::Url,
+        .preview = QStringLiteral("https://example.org/a"),
+        .fullText = QStringLiteral("https://example.org/a"),
+        .pinned = true,
+        // Unix time 1,700,000,000 on the 2001 epoch.
+        .createdAt = 1700000000.0 - ClipItem::referenceDateOffset + 0.25,
+    };
+    const QByteArray json = compact(item.toJson());
+    EXPECT_EQ(json, QByteArray(R"({"createdAt":721692800.25,"fullText":"https://example.org/a",)"
+                               R"("id":"0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9","kind":"url","pinned":true,)"
+                               R"("preview":"https://example.org/a"})"));
+
+    // Absent optionals are left out, never written as null; an empty path list
+    // stays a present, empty list.
+    ClipItem files{.kind = ClipKind::File, .preview = QStringLiteral("0 fichiers"), .filePaths = QStringList()};
+    const QJsonObject written = files.toJson();
+    EXPECT_FALSE(written.contains(QStringLiteral("fullText")));
+    EXPECT_FALSE(written.contains(QStringLiteral("sourceApp")));
+    EXPECT_FALSE(written.contains(QStringLiteral("imageRelPath")));
+    EXPECT_TRUE(written.value(QStringLiteral("filePaths")).isArray());
+    const auto back = ClipItem::fromJson(written);
+    ASSERT_TRUE(back);
+    ASSERT_TRUE(back->filePaths);
+    EXPECT_TRUE(back->filePaths->isEmpty());
+    ClipItem withoutPaths = files;
+    withoutPaths.filePaths.reset();
+    EXPECT_FALSE(files == withoutPaths);
+}
+
+TEST(ClipItemJsonTest, RoundTripKeepsEveryFieldExactly)
+{
+    const QList<ClipItem> items{
+        ClipItem{.kind = ClipKind::Text, .preview = QStringLiteral("ligne un ligne deux"),
+                 .fullText = QStringLiteral("ligne un\nligne deux \"/\\ \u00e9\U0001F600"),
+                 .createdAt = 785000000.123456789, .sourceApp = QStringLiteral("org.gnome.gedit")},
+        ClipItem{.kind = ClipKind::Image, .preview = QStringLiteral("Image 1280×800"),
+                 .imageRelPath = QStringLiteral("0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9.png"), .pinned = true,
+                 .createdAt = -3.5},
+        ClipItem{.kind = ClipKind::File, .preview = QStringLiteral("3 fichiers"),
+                 .filePaths = QStringList{QStringLiteral("/a b/c"), QStringLiteral("/d"), QStringLiteral("/é")},
+                 .createdAt = 0},
+        ClipItem{.kind = ClipKind::Color, .preview = QStringLiteral("#FF0000"), .createdAt = 1e9 + 1.0 / 3},
+    };
+    const QByteArray bytes = HistoryCodec::encode(items);
+    EXPECT_FALSE(bytes.contains('\n'));
+    EXPECT_FALSE(bytes.contains(": "));
+    const auto decoded = HistoryCodec::decode(bytes);
+    ASSERT_TRUE(decoded);
+    ASSERT_EQ(decoded->size(), items.size());
+    for (qsizetype i = 0; i < items.size(); ++i) {
+        EXPECT_EQ(decoded->at(i), items.at(i)) << i;
+        EXPECT_EQ(decoded->at(i).createdAt, items.at(i).createdAt) << i;
+    }
+    EXPECT_EQ(HistoryCodec::encode({}), QByteArray("[]"));
+}
+
+TEST(ClipItemJsonTest, ReadingIsAllOrNothing)
+{
+    // Null optionals read as absent; unknown keys and escaped slashes are fine.
+    const auto lenient = decodeOne(R"({"id":"0f1e2d3c-4b5a-4978-8695-a4b3c2d1e0f9","kind":"url","preview":"h:\/\/x",)"
+                                   R"("fullText":null,"filePaths":null,"sourceApp":null,"imageRelPath":null,)"
+                                   R"("pinned":false,"createdAt":3,"colour":"red"})");
+    ASSERT_TRUE(lenient);
+    EXPECT_FALSE(lenient->fullText);
+    EXPECT_FALSE(lenient->filePaths);
+    EXPECT_EQ(lenient->preview, QStringLiteral("h://x"));
+    EXPECT_FALSE(lenient->toJson().contains(QStringLiteral("fullText")));
+    ASSERT_TRUE(decodeOne(validText));
+
+    const char *const broken[] = {
+        R"({"id":"0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9","kind":"URL","preview":"a","pinned":false,"createdAt":1})",
+        R"({"id":"0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9","kind":"link","preview":"a","pinned":false,"createdAt":1})",
+        R"({"id":"0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9","kind":"text","preview":"a","createdAt":1})",
+        R"({"id":"0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9","kind":"text","preview":"a","pinned":null,"createdAt":1})",
+        R"({"id":"0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9","kind":"text","preview":"a","pinned":0,"createdAt":1})",
+        R"({"id":"0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9","kind":"text","preview":"a","pinned":false,"createdAt":"1"})",
+        R"({"id":"0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9","kind":"text","preview":"a","pinned":false})",
+        R"({"id":"0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9","kind":"text","preview":7,"pinned":false,"createdAt":1})",
+        R"({"id":"{0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9}","kind":"text","preview":"a","pinned":false,"createdAt":1})",
+        R"({"id":"0F1E2D3C4B5A49788695A4B3C2D1E0F9","kind":"text","preview":"a","pinned":false,"createdAt":1})",
+        R"({"id":"0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0FG","kind":"text","preview":"a","pinned":false,"createdAt":1})",
+        R"({"kind":"text","preview":"a","pinned":false,"createdAt":1})",
+        R"({"id":"0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9","kind":"text","preview":"a","fullText":5,"pinned":false,"createdAt":1})",
+        R"({"id":"0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9","kind":"file","preview":"a","filePaths":["/a",3],"pinned":false,"createdAt":1})",
+        R"({"id":"0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9","kind":"file","preview":"a","filePaths":"/a","pinned":false,"createdAt":1})",
+    };
+    for (const char *json : broken)
+        EXPECT_FALSE(decodeOne(json)) << json;
+
+    // One bad entry empties the whole list; so does anything but an array.
+    const QByteArray good(validText);
+    EXPECT_TRUE(HistoryCodec::decode('[' + good + ',' + good + ']'));
+    EXPECT_FALSE(HistoryCodec::decode('[' + good + ',' + QByteArray(broken[1]) + ']'));
+    for (const char *bytes : {"", "{}", "[1]", "[null]", "[{}]", "[] []", "[", "\xEF\xBB\xBF[]x"})
+        EXPECT_FALSE(HistoryCodec::decode(bytes)) << bytes;
+}
+
+TEST(ClipItemEqualityTest, CanonicalTextsAreEqualAndHashAlike)
+{
+    ClipItem composed = textItem(QStringLiteral("caf\u00e9"));
+    ClipItem decomposed = composed;
+    decomposed.preview = QStringLiteral("cafe\u0301");
+    decomposed.fullText = QStringLiteral("cafe\u0301");
+    EXPECT_EQ(composed, decomposed);
+    EXPECT_EQ(qHash(composed, 7), qHash(decomposed, 7));
+
+    // No case folding, no trimming.
+    ClipItem upper = composed;
+    upper.fullText = QStringLiteral("CAF\u00c9");
+    EXPECT_FALSE(composed == upper);
+    ClipItem spaced = composed;
+    spaced.fullText = QStringLiteral("caf\u00e9 ");
+    EXPECT_FALSE(composed == spaced);
+
+    // Every field takes part, and an absent optional differs from an empty one.
+    ClipItem otherId = composed;
+    otherId.id = QUuid::createUuid();
+    EXPECT_FALSE(composed == otherId);
+    EXPECT_NE(qHash(composed, 0), qHash(otherId, 0));
+    ClipItem emptySource = composed;
+    emptySource.sourceApp = QString();
+    EXPECT_FALSE(composed == emptySource);
+    EXPECT_NE(qHash(composed, 0), qHash(emptySource, 0));
+    ClipItem later = composed;
+    later.createdAt += 1e-6;
+    EXPECT_FALSE(composed == later);
+    ClipItem pinned = composed;
+    pinned.pinned = true;
+    EXPECT_FALSE(composed == pinned);
+
+    // Two captures of the same text are never equal.
+    EXPECT_FALSE(textItem(QStringLiteral("x")) == textItem(QStringLiteral("x")));
+    QSet<ClipItem> set{composed, decomposed, otherId};
+    EXPECT_EQ(set.size(), 2);
+}

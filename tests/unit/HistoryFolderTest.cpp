@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "HistoryCodec.h"
+#include "HistoryFolder.h"
+#include "TestFolder.h"
+
+#include <QDir>
+
+#include <csignal>
+
+#include <sys/resource.h>
+
+namespace {
+
+// Restores the umask when a test ends, however it ends.
+class UmaskGuard {
+public:
+    explicit UmaskGuard(mode_t mask)
+        : m_previous(::umask(mask))
+    {
+    }
+    ~UmaskGuard() { ::umask(m_previous); }
+
+private:
+    mode_t m_previous;
+};
+
+ClipItem entry(const QString &text, bool pinned = false, double createdAt = 0)
+{
+    return ClipItem{.kind = ClipKind::Text, .preview = text, .fullText = text, .pinned = pinned, .createdAt = createdAt};
+}
+
+} // namespace
+
+using HistoryFolderTest = TestFolder;
+
+TEST_F(HistoryFolderTest, FirstStartMakesPrivateFoldersAndSavesPrivately)
+{
+    const UmaskGuard openUmask(0);
+    const QString dir = path(QStringLiteral("deep/Zettly"));
+    const HistoryFolder folder(dir);
+    EXPECT_TRUE(QFileInfo(folder.imagesDirPath()).isDir());
+    EXPECT_EQ(folder.dbPath(), dir + QStringLiteral("/clips.json"));
+    EXPECT_EQ(modeOf(dir), 0700u);
+    EXPECT_EQ(modeOf(folder.imagesDirPath()), 0700u);
+    EXPECT_TRUE(folder.load().isEmpty());
+    EXPECT_FALSE(QFile::exists(folder.dbPath())) << "loading alone must not write";
+
+    ASSERT_TRUE(folder.save({entry(QStringLiteral("a"))}));
+    EXPECT_EQ(modeOf(folder.dbPath()), 0600u);
+    // Exactly the file and the images folder: no temporary left behind.
+    EXPECT_EQ(QDir(dir).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden),
+              (QStringList{QStringLiteral("clips.json"), QStringLiteral("images")}));
+
+    // A folder made by an older version with open permissions is closed.
+    const QString open = path(QStringLiteral("open"));
+    QDir().mkpath(open);
+    QFile::setPermissions(open, QFileDevice::Permissions(0x7777));
+    const HistoryFolder reopened(open);
+    EXPECT_EQ(modeOf(open), 0700u);
+}
+
+TEST_F(HistoryFolderTest, LoadsInFileOrderWithoutSortingOrTrimming)
+{
+    const HistoryFolder folder(path(QStringLiteral("Zettly")));
+    QList<ClipItem> items;
+    // Oldest first, pinned in the middle: kept exactly as stored.
+    for (int i = 0; i < 300; ++i)
+        items.append(entry(QString::number(i), i == 150, i));
+    ASSERT_TRUE(folder.save(items));
+    EXPECT_EQ(folder.load(), items);
+
+    writeAll(folder.dbPath(), "[]");
+    EXPECT_TRUE(folder.load().isEmpty());
+}
+
+TEST_F(HistoryFolderTest, UndecodableFileIsKeptAsideBeforeAnySave)
+{
+    const HistoryFolder folder(path(QStringLiteral("Zettly")));
+    const QByteArray damaged = R"([{"id":"0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9","kind":"text","preview":"a",)"
+                               R"("pinned":false,"createdAt":1},{"id":"1F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9",)"
+                               R"("kind":"link","preview":"b","pinned":false,"createdAt":2}])";
+    writeAll(folder.dbPath(), damaged);
+    EXPECT_TRUE(folder.load().isEmpty());
+
+    const QStringList copies = QDir(folder.dirPath()).entryList({QStringLiteral("clips.json.unreadable-*")});
+    ASSERT_EQ(copies.size(), 1);
+    const QString copy = folder.dirPath() + u'/' + copies.first();
+    EXPECT_EQ(readAll(copy), damaged);
+    EXPECT_EQ(modeOf(copy), 0600u);
+
+    // The first save replaces clips.json but leaves the copy alone; a second
+    // unreadable load the same second does not overwrite the first copy.
+    ASSERT_TRUE(folder.save({entry(QStringLiteral("new"))}));
+    EXPECT_EQ(readAll(copy), damaged);
+    writeAll(folder.dbPath(), "not json");
+    EXPECT_TRUE(folder.load().isEmpty());
+    EXPECT_EQ(QDir(folder.dirPath()).entryList({QStringLiteral("clips.json.unreadable-*")}).size(), 2);
+    EXPECT_EQ(readAll(copy), damaged);
+}
+
+TEST_F(HistoryFolderTest, FailedSaveKeepsThePreviousFile)
+{
+    const HistoryFolder folder(path(QStringLiteral("Zettly")));
+    ASSERT_TRUE(folder.save({entry(QStringLiteral("kept"))}));
+    const QByteArray before = readAll(folder.dbPath());
+
+    // A file size limit makes the write fail even for root, like a full disk.
+    struct rlimit previous {};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &previous), 0);
+    const auto previousHandler = std::signal(SIGXFSZ, SIG_IGN);
+    struct rlimit small = previous;
+    small.rlim_cur = 4096;
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    const bool saved = folder.save({entry(QString(100000, u'x'))});
+    ::setrlimit(RLIMIT_FSIZE, &previous);
+    std::signal(SIGXFSZ, previousHandler);
+
+    EXPECT_FALSE(saved);
+    EXPECT_EQ(readAll(folder.dbPath()), before);
+    EXPECT_EQ(QDir(folder.dirPath()).entryList(QDir::Files | QDir::Hidden), QStringList{QStringLiteral("clips.json")});
+}
+
+TEST_F(HistoryFolderTest, ImagePathsStayInsideTheImagesFolder)
+{
+    const HistoryFolder folder(path(QStringLiteral("Zettly")));
+    const QString outside = path(QStringLiteral("precious.png"));
+    writeAll(outside, "keep");
+    for (const char *hostile : {"../../precious.png", "../precious.png", "/etc/passwd", "..", ".", ""}) {
+        EXPECT_TRUE(folder.imagePath(QString::fromUtf8(hostile)).isEmpty()) << hostile;
+        folder.deleteImage(QString::fromUtf8(hostile));
+    }
+    EXPECT_TRUE(QFile::exists(outside));
+
+    const QString name = QStringLiteral("0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9.png");
+    EXPECT_EQ(folder.imagePath(name), folder.imagesDirPath() + u'/' + name);
+    writeAll(folder.imagePath(name), "png");
+    folder.deleteImage(name);
+    EXPECT_FALSE(QFile::exists(folder.imagePath(name)));
+    folder.deleteImage(name); // already gone: nothing happens
+}

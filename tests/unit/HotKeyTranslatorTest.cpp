@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "FixedKeyLayout.h"
+#include "HotKeyConfig.h"
+#include "HotKeyTranslator.h"
+#include "KeyPositions.h"
+
+#include <gtest/gtest.h>
+
+using HotKeyTranslator::carbonModifiers;
+using HotKeyTranslator::displayString;
+using HotKeyTranslator::keyName;
+
+TEST(HotKeyTranslatorTest, DisplayStringPutsGlyphsInFixedOrder)
+{
+    FixedKeyLayout us;
+    us.setCharacter(9, QStringLiteral("v"));
+    us.setCharacter(12, QStringLiteral("q"));
+    const struct {
+        quint32 keyCode;
+        quint32 modifiers;
+        const char *expected;
+    } cases[] = {
+        {9, 4352, "⌃⌘V"},
+        {49, 2304, "⌥⌘Space"},
+        {36, 512, "⇧↩"},
+        {9, 4864, "⌃⇧⌘V"},
+        {123, 0, "←"},
+        {12, 0xFFFFFFFF, "⌃⌥⇧⌘Q"},
+        {12, 1024, "Q"}, // Caps Lock and other bits show nothing
+        {48, 0, "⇥"},
+        {51, 0, "⌫"},
+        {53, 0, "⎋"},
+        {124, 0, "→"},
+        {125, 0, "↓"},
+        {126, 0, "↑"},
+        {200, 0, "key(200)"},
+        {10, 256, "⌘key(10)"},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(displayString(c.keyCode, c.modifiers, &us), QString::fromUtf8(c.expected)) << c.keyCode;
+}
+
+TEST(HotKeyTranslatorTest, KeyNameUpperCasesFullyAndFallsBack)
+{
+    FixedKeyLayout layout;
+    layout.setCharacter(0, QStringLiteral("é"));
+    layout.setCharacter(1, QStringLiteral("ß"));
+    layout.setCharacter(2, QString());
+    EXPECT_EQ(keyName(0, &layout), QStringLiteral("É"));
+    EXPECT_EQ(keyName(1, &layout), QStringLiteral("SS"));
+    EXPECT_EQ(keyName(2, &layout), QStringLiteral("key(2)"));
+    // The fixed names win over the layout; no layout at all falls back.
+    layout.setCharacter(36, QStringLiteral("x"));
+    EXPECT_EQ(keyName(36, &layout), QStringLiteral("↩"));
+    EXPECT_EQ(keyName(9, nullptr), QStringLiteral("key(9)"));
+    EXPECT_EQ(keyName(4294967295u, nullptr), QStringLiteral("key(4294967295)"));
+}
+
+TEST(HotKeyTranslatorTest, CarbonModifiersKeepsOnlyTheFourModifiers)
+{
+    EXPECT_EQ(carbonModifiers(Qt::MetaModifier | Qt::ShiftModifier | Qt::KeypadModifier), 768u);
+    EXPECT_EQ(carbonModifiers(Qt::NoModifier), 0u);
+    EXPECT_EQ(carbonModifiers(Qt::ControlModifier | Qt::MetaModifier), 4352u);
+    EXPECT_EQ(carbonModifiers(Qt::AltModifier | Qt::GroupSwitchModifier), 2048u);
+}
+
+TEST(HotKeyConfigTest, JsonIsExactAndStrict)
+{
+    EXPECT_EQ(HotKeyConfig::defaultShortcut().toJson(), QByteArray(R"({"keyCode":9,"modifiers":4352})"));
+    EXPECT_EQ(HotKeyConfig::fromJson(R"({"keyCode":9,"modifiers":4352})"), HotKeyConfig::defaultShortcut());
+    EXPECT_EQ(HotKeyConfig::fromJson(R"({"modifiers":4294967295,"extra":[1],"keyCode":0})"),
+              (HotKeyConfig{0, 4294967295u}));
+    EXPECT_EQ((HotKeyConfig{4294967295u, 1}).toJson(), QByteArray(R"({"keyCode":4294967295,"modifiers":1})"));
+    for (const char *bad : {R"({"keyCode":9})", R"({"modifiers":4352})", R"({"keyCode":-1,"modifiers":0})",
+                            R"({"keyCode":4294967296,"modifiers":0})", R"({"keyCode":9.5,"modifiers":0})",
+                            R"({"keyCode":"9","modifiers":0})", R"({"keyCode":null,"modifiers":0})",
+                            R"([9,4352])", "", "{", "{\"keyCode\":1e400,\"modifiers\":0}"})
+        EXPECT_FALSE(HotKeyConfig::fromJson(bad)) << bad;
+}
+
+TEST(KeyPositionsTest, MapsBothWaysOneToOne)
+{
+    // X key codes checked on a real server: v is 55, q 24, a 38, Return 36,
+    // Escape 9, Space 65, Backspace 22, Up 111.
+    const std::pair<quint32, quint32> known[] = {{9, 55}, {12, 24}, {0, 38}, {36, 36}, {53, 9},
+                                                 {49, 65}, {51, 22}, {126, 111}, {123, 113}};
+    for (const auto &[virtualKey, xKey] : known) {
+        EXPECT_EQ(KeyPositions::evdevCode(virtualKey), xKey - 8) << virtualKey;
+        EXPECT_EQ(KeyPositions::virtualKeyCode(xKey - 8), virtualKey) << virtualKey;
+    }
+    for (quint32 code = 0; code < 256; ++code) {
+        if (const auto evdev = KeyPositions::evdevCode(code))
+            EXPECT_EQ(KeyPositions::virtualKeyCode(*evdev), code) << code;
+    }
+    EXPECT_FALSE(KeyPositions::evdevCode(200));
+    EXPECT_FALSE(KeyPositions::evdevCode(0x10000 + 9));
+}
