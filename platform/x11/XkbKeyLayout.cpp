@@ -77,6 +77,9 @@ std::optional<QString> XkbKeyLayout::character(quint32 keyCode) const
     // not change the name of a key.
     if (xkb_keymap_key_get_syms_by_level(keymap.get(), key, group, 0, &symbols) < 1)
         return std::nullopt;
+    // Function keys type nothing, but their name is printed on them.
+    if (symbols[0] >= XKB_KEY_F1 && symbols[0] <= XKB_KEY_F35)
+        return QStringLiteral("F") + QString::number(symbols[0] - XKB_KEY_F1 + 1);
     const char32_t codePoint = xkb_keysym_to_utf32(symbols[0]);
     // Dead keys give nothing; control characters (Escape, Delete) are no name.
     if (codePoint < 0x20 || (codePoint >= 0x7f && codePoint < 0xa0))

@@ -10,7 +10,8 @@ struct xkb_context;
 
 // Reads the X server's current keyboard layout through xkbcommon: which
 // character a key position types on the effective layout group, at the base
-// level (no Shift, no Caps Lock).
+// level (no Shift, no Caps Lock). Function keys answer with their printed
+// name ("F1"), since they type no character.
 class XkbKeyLayout : public KeyLayout {
 public:
     // Uses a connection owned by someone else (in the app, Qt's), which must
