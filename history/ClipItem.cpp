@@ -2,6 +2,7 @@
 #include "ClipItem.h"
 
 #include "CanonicalText.h"
+#include "JsonWriter.h"
 
 #include <QHashFunctions>
 #include <QJsonArray>
@@ -38,10 +39,12 @@ std::optional<QUuid> parseUuid(const QString &text)
 }
 
 // Absent optionals are written as nothing, never as null.
-void insertOptional(QJsonObject &object, const QString &key, const std::optional<QString> &value)
+void appendOptional(QByteArray &out, const char *member, const std::optional<QString> &value)
 {
-    if (value)
-        object.insert(key, *value);
+    if (value) {
+        out += member;
+        JsonWriter::appendString(out, *value);
+    }
 }
 
 // Reading an optional text: absent or null is no value; any other type fails
@@ -114,21 +117,37 @@ double ClipItem::now()
     return sinceUnixEpoch.count() - referenceDateOffset;
 }
 
-QJsonObject ClipItem::toJson() const
+void ClipItem::appendJson(QByteArray &out) const
 {
-    QJsonObject object{
-        {Key::id, id.toString(QUuid::WithoutBraces).toUpper()},
-        {Key::kind, clipKindName(kind)},
-        {Key::preview, preview},
-        {Key::pinned, pinned},
-        {Key::createdAt, createdAt},
-    };
-    insertOptional(object, Key::fullText, fullText);
-    insertOptional(object, Key::imageRelPath, imageRelPath);
-    if (filePaths)
-        object.insert(Key::filePaths, QJsonArray::fromStringList(*filePaths));
-    insertOptional(object, Key::sourceApp, sourceApp);
-    return object;
+    out += "{\"id\":\"";
+    out += id.toByteArray(QUuid::WithoutBraces).toUpper();
+    out += "\",\"kind\":";
+    JsonWriter::appendString(out, clipKindName(kind));
+    out += ",\"preview\":";
+    JsonWriter::appendString(out, preview);
+    appendOptional(out, ",\"fullText\":", fullText);
+    appendOptional(out, ",\"imageRelPath\":", imageRelPath);
+    if (filePaths) {
+        out += ",\"filePaths\":[";
+        for (qsizetype i = 0; i < filePaths->size(); ++i) {
+            if (i > 0)
+                out += ',';
+            JsonWriter::appendString(out, filePaths->at(i));
+        }
+        out += ']';
+    }
+    out += pinned ? ",\"pinned\":true" : ",\"pinned\":false";
+    out += ",\"createdAt\":";
+    JsonWriter::appendNumber(out, createdAt);
+    appendOptional(out, ",\"sourceApp\":", sourceApp);
+    out += '}';
+}
+
+QByteArray ClipItem::toJson() const
+{
+    QByteArray out;
+    appendJson(out);
+    return out;
 }
 
 std::optional<ClipItem> ClipItem::fromJson(const QJsonObject &object)

@@ -33,9 +33,10 @@ struct ClipItem {
 
     static double now();
 
-    // The stored object: compact keys named after the fields, absent
-    // optionals left out, the id in upper case.
-    QJsonObject toJson() const;
+    // The stored object, compact, members in field order: absent optionals
+    // left out, the id in upper case, createdAt exact to the last bit.
+    QByteArray toJson() const;
+    void appendJson(QByteArray &out) const;
     // All or nothing: a missing or mistyped required key, an unknown kind or
     // an id that is not a UUID gives no entry. Unknown keys are ignored; null
     // optionals read as absent.

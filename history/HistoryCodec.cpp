@@ -8,12 +8,21 @@ namespace HistoryCodec {
 
 QByteArray encode(const QList<ClipItem> &items)
 {
-    QJsonArray array;
+    // One allocation in the common case: texts are mostly ASCII.
+    qsizetype expected = 2;
     for (const ClipItem &item : items)
-        array.append(item.toJson());
-    return QJsonDocument(array).toJson(QJsonDocument::Compact);
+        expected += 160 + item.preview.size() + (item.fullText ? item.fullText->size() : 0);
+    QByteArray out;
+    out.reserve(expected);
+    out += '[';
+    for (qsizetype i = 0; i < items.size(); ++i) {
+        if (i > 0)
+            out += ',';
+        items.at(i).appendJson(out);
+    }
+    out += ']';
+    return out;
 }
-
 std::optional<QList<ClipItem>> decode(const QByteArray &bytes)
 {
     QJsonParseError error;

@@ -19,6 +19,7 @@ HistoryFolder::HistoryFolder(const QString &dirPath)
     // A folder that cannot be made shows later as saves that fail, silently.
     PrivateFiles::ensureFolder(m_dirPath);
     PrivateFiles::ensureFolder(m_imagesDirPath);
+    PrivateFiles::removeInterruptedWrites(m_dbPath);
 }
 
 QString HistoryFolder::standardPath()

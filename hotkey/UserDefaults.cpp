@@ -20,6 +20,7 @@ const QString dataMember = QStringLiteral("data");
 UserDefaults::UserDefaults(QString filePath)
     : m_filePath(std::move(filePath))
 {
+    PrivateFiles::removeInterruptedWrites(m_filePath);
     QFile file(m_filePath);
     if (!file.open(QIODevice::ReadOnly))
         return;

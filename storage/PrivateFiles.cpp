@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QSaveFile>
 
 namespace PrivateFiles {
@@ -43,6 +44,20 @@ bool writeAtomically(const QString &path, const QByteArray &contents, QString *e
         return false;
     }
     return true;
+}
+
+void removeInterruptedWrites(const QString &path)
+{
+    const QFileInfo target(path);
+    // QSaveFile names its temporary after the file plus six random letters
+    // and digits.
+    const QRegularExpression temporary(QRegularExpression::anchoredPattern(
+        QRegularExpression::escape(target.fileName()) + QStringLiteral("\\.[A-Za-z0-9]{6}")));
+    const QDir folder = target.absoluteDir();
+    for (const QString &name : folder.entryList(QDir::Files | QDir::Hidden)) {
+        if (temporary.match(name).hasMatch())
+            QFile::remove(folder.filePath(name));
+    }
 }
 
 QString keepUnreadableCopy(const QString &path)

@@ -17,6 +17,11 @@ bool ensureFolder(const QString &path);
 // contents stay in place and errorText says why.
 bool writeAtomically(const QString &path, const QByteArray &contents, QString *errorText = nullptr);
 
+// Deletes what a write killed half-way left next to the file: QSaveFile's
+// temporary "<name>.XXXXXX". Such a copy would keep clips the user has since
+// deleted. Copies kept by keepUnreadableCopy() are left alone.
+void removeInterruptedWrites(const QString &path);
+
 // Copies a file that could not be decoded next to itself, as
 // "<name>.unreadable-<UTC date and time>", so that the next save cannot destroy
 // it. Returns the copy's path, or an empty string when nothing was copied.

@@ -138,3 +138,19 @@ TEST_F(HistoryFolderTest, ImagePathsStayInsideTheImagesFolder)
     EXPECT_FALSE(QFile::exists(folder.imagePath(name)));
     folder.deleteImage(name); // already gone: nothing happens
 }
+
+TEST_F(HistoryFolderTest, StartRemovesWhatAKilledSaveLeftBehind)
+{
+    const QString dir = path(QStringLiteral("Zettly"));
+    QDir().mkpath(dir);
+    const QStringList leftovers{QStringLiteral("clips.json.Ab12Cd"), QStringLiteral("clips.json.zzzzzz")};
+    const QStringList kept{QStringLiteral("clips.json.unreadable-20260101-000000"), QStringLiteral("clips.json.Ab12C"),
+                           QStringLiteral("clips.json.Ab12Cd7"), QStringLiteral("clips.jsonxAb12Cd"),
+                           QStringLiteral("other.json.Ab12Cd"), QStringLiteral("clips.json")};
+    for (const QString &name : leftovers + kept)
+        writeAll(dir + u'/' + name, "[]");
+    const HistoryFolder folder(dir);
+    QStringList expected = kept + QStringList{QStringLiteral("images")};
+    expected.sort();
+    EXPECT_EQ(QDir(dir).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name), expected);
+}
