@@ -4,6 +4,7 @@
 #include <QLocale>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace JsonWriter {
@@ -12,10 +13,21 @@ namespace {
 
 constexpr char hexDigits[] = "0123456789abcdef";
 
-constexpr bool needsNoEscape(char16_t unit)
-{
-    return unit >= 0x20 && unit < 0x80 && unit != u'"' && unit != u'\\';
-}
+// For each ASCII character: 0 when it is written as it is, otherwise the
+// letter of its escape ('u' for the \u00XX form).
+constexpr std::array<char, 128> asciiEscapes = [] {
+    std::array<char, 128> escapes{};
+    for (int c = 0; c < 0x20; ++c)
+        escapes[c] = 'u';
+    escapes['\b'] = 'b';
+    escapes['\f'] = 'f';
+    escapes['\n'] = 'n';
+    escapes['\r'] = 'r';
+    escapes['\t'] = 't';
+    escapes['"'] = '"';
+    escapes['\\'] = '\\';
+    return escapes;
+}();
 
 } // namespace
 
@@ -29,36 +41,17 @@ void appendString(QByteArray &out, QStringView text)
     const char16_t *read = text.utf16();
     const char16_t *const end = read + text.size();
     while (read < end) {
-        // Most text is plain ASCII: copy it eight units at a time, in a loop
-        // the compiler turns into vector code.
-        while (end - read >= 8) {
-            bool plain = true;
-            for (int i = 0; i < 8; ++i)
-                plain &= needsNoEscape(read[i]);
-            if (!plain)
-                break;
-            for (int i = 0; i < 8; ++i)
-                write[i] = char(read[i]);
-            read += 8;
-            write += 8;
-        }
-        if (read == end)
-            break;
         const char16_t unit = *read++;
-        if (unit >= 0x20 && unit < 0x80) {
-            if (unit == u'"' || unit == u'\\')
-                *write++ = '\\';
-            *write++ = char(unit);
-        } else if (unit < 0x20) {
+        if (unit < 0x80) {
+            const char escape = asciiEscapes[unit];
+            if (escape == 0) {
+                *write++ = char(unit);
+                continue;
+            }
             *write++ = '\\';
-            switch (unit) {
-            case u'\b': *write++ = 'b'; break;
-            case u'\f': *write++ = 'f'; break;
-            case u'\n': *write++ = 'n'; break;
-            case u'\r': *write++ = 'r'; break;
-            case u'\t': *write++ = 't'; break;
-            default:
-                write = std::copy_n("u00", 3, write);
+            *write++ = escape;
+            if (escape == 'u') {
+                write = std::copy_n("00", 2, write);
                 *write++ = hexDigits[unit >> 4];
                 *write++ = hexDigits[unit & 0xF];
             }
