@@ -26,19 +26,29 @@ struct Shape {
 };
 
 // 2,000 entries of 200 characters: a long history of short copies.
-constexpr Shape small{2'000, 200};
+constexpr Shape small { 2'000, 200 };
 // 200 entries of 100 KB: about 20 MB of long copies.
-constexpr Shape large{200, 100'000};
+constexpr Shape large { 200, 100'000 };
 
 // Words and punctuation as copied from prose and code, some of which JSON
 // must escape, plus a few letters outside ASCII.
 QString sampleText(std::mt19937 &random, qsizetype length)
 {
-    static const QStringList words{
-        QStringLiteral("clipboard"), QStringLiteral("history"), QStringLiteral("the"), QStringLiteral("of"),
-        QStringLiteral("return"), QStringLiteral("value;"), QStringLiteral("\"quoted\""), QStringLiteral("path/to/file"),
-        QStringLiteral("naïve"), QStringLiteral("Straße"), QStringLiteral("\t"), QStringLiteral("\n"),
-        QStringLiteral("12345"), QStringLiteral("https://example.org/page?q=1"),
+    static const QStringList words {
+        QStringLiteral("clipboard"),
+        QStringLiteral("history"),
+        QStringLiteral("the"),
+        QStringLiteral("of"),
+        QStringLiteral("return"),
+        QStringLiteral("value;"),
+        QStringLiteral("\"quoted\""),
+        QStringLiteral("path/to/file"),
+        QStringLiteral("naïve"),
+        QStringLiteral("Straße"),
+        QStringLiteral("\t"),
+        QStringLiteral("\n"),
+        QStringLiteral("12345"),
+        QStringLiteral("https://example.org/page?q=1"),
     };
     std::uniform_int_distribution<qsizetype> pick(0, words.size() - 1);
     QString text;
@@ -58,7 +68,7 @@ QList<ClipItem> history(const Shape &shape)
     items.reserve(shape.entries);
     for (int i = 0; i < shape.entries; ++i) {
         const QString text = sampleText(random, shape.textLength);
-        items.append(ClipItem{
+        items.append(ClipItem {
             .kind = ClipKind::Text,
             .preview = text.left(200),
             .fullText = text,
@@ -171,7 +181,7 @@ void BM_StoreAddToFullHistory(benchmark::State &state)
         state.PauseTiming();
         const QString text = sampleText(random, small.textLength);
         state.ResumeTiming();
-        store.add(ClipItem{.kind = ClipKind::Text, .preview = text, .fullText = text});
+        store.add(ClipItem { .kind = ClipKind::Text, .preview = text, .fullText = text });
     }
     if (store.items().size() != small.entries)
         state.SkipWithError("limit not kept");
@@ -192,7 +202,7 @@ benchmark::internal::Benchmark *timed(benchmark::internal::Benchmark *benchmark)
 }
 
 const int registered = [] {
-    for (const auto &[name, shape] : {std::pair{"small", small}, std::pair{"large", large}}) {
+    for (const auto &[name, shape] : { std::pair { "small", small }, std::pair { "large", large } }) {
         const std::string suffix = std::string("/") + name;
         timed(benchmark::RegisterBenchmark(("BM_Load" + suffix).c_str(), BM_Load, shape));
         timed(benchmark::RegisterBenchmark(("BM_ReadFile" + suffix).c_str(), BM_ReadFile, shape));

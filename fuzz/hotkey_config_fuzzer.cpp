@@ -16,8 +16,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const QByteArray json = config->toJson();
     const auto again = HotKeyConfig::fromJson(json);
     if (!again || *again != *config) {
-        std::fprintf(stderr, "shortcut %u/%u did not survive a round trip through %s\n",
-                     config->keyCode, config->modifiers, json.constData());
+        std::fprintf(stderr, "shortcut %u/%u did not survive a round trip through %s\n", config->keyCode,
+            config->modifiers, json.constData());
         std::abort();
     }
     return 0;

@@ -157,8 +157,8 @@ std::optional<ClipItem> ClipItem::fromJson(const QJsonObject &object)
     const QJsonValue previewValue = object.value(Key::preview);
     const QJsonValue pinnedValue = object.value(Key::pinned);
     const QJsonValue createdAtValue = object.value(Key::createdAt);
-    if (!idValue.isString() || !kindValue.isString() || !previewValue.isString()
-        || !pinnedValue.isBool() || !createdAtValue.isDouble())
+    if (!idValue.isString() || !kindValue.isString() || !previewValue.isString() || !pinnedValue.isBool()
+        || !createdAtValue.isDouble())
         return std::nullopt;
 
     const auto id = parseUuid(idValue.toString());
@@ -166,7 +166,7 @@ std::optional<ClipItem> ClipItem::fromJson(const QJsonObject &object)
     if (!id || !kind)
         return std::nullopt;
 
-    ClipItem item{
+    ClipItem item {
         .id = *id,
         .kind = *kind,
         .preview = previewValue.toString(),
@@ -185,8 +185,8 @@ bool operator==(const ClipItem &a, const ClipItem &b)
 {
     return a.id == b.id && a.kind == b.kind && CanonicalText::equal(a.preview, b.preview)
         && equalOptional(a.fullText, b.fullText) && equalOptional(a.imageRelPath, b.imageRelPath)
-        && equalOptional(a.filePaths, b.filePaths) && a.pinned == b.pinned
-        && a.createdAt == b.createdAt && equalOptional(a.sourceApp, b.sourceApp);
+        && equalOptional(a.filePaths, b.filePaths) && a.pinned == b.pinned && a.createdAt == b.createdAt
+        && equalOptional(a.sourceApp, b.sourceApp);
 }
 
 size_t qHash(const ClipItem &item, size_t seed)

@@ -4,9 +4,12 @@
 #include <array>
 
 namespace {
-const std::array<QString, 5> names{
-    QStringLiteral("text"), QStringLiteral("url"), QStringLiteral("image"),
-    QStringLiteral("file"), QStringLiteral("color"),
+const std::array<QString, 5> names {
+    QStringLiteral("text"),
+    QStringLiteral("url"),
+    QStringLiteral("image"),
+    QStringLiteral("file"),
+    QStringLiteral("color"),
 };
 }
 

@@ -40,8 +40,8 @@ QString ClipboardStore::imagePath(const ClipItem &item) const
 
 void ClipboardStore::add(const ClipItem &item)
 {
-    const auto newestUnpinned = std::find_if(m_items.cbegin(), m_items.cend(),
-                                             [](const ClipItem &entry) { return !entry.pinned; });
+    const auto newestUnpinned
+        = std::find_if(m_items.cbegin(), m_items.cend(), [](const ClipItem &entry) { return !entry.pinned; });
     if (newestUnpinned != m_items.cend() && isRepeat(*newestUnpinned, item))
         return;
 
@@ -70,8 +70,8 @@ void ClipboardStore::enforceLimit()
 
 void ClipboardStore::togglePin(const QUuid &id)
 {
-    const auto found = std::find_if(m_items.cbegin(), m_items.cend(),
-                                    [&](const ClipItem &entry) { return entry.id == id; });
+    const auto found
+        = std::find_if(m_items.cbegin(), m_items.cend(), [&](const ClipItem &entry) { return entry.id == id; });
     if (found == m_items.cend())
         return;
 
@@ -89,8 +89,8 @@ void ClipboardStore::togglePin(const QUuid &id)
 
 void ClipboardStore::remove(const QUuid &id)
 {
-    const auto found = std::find_if(m_items.cbegin(), m_items.cend(),
-                                    [&](const ClipItem &entry) { return entry.id == id; });
+    const auto found
+        = std::find_if(m_items.cbegin(), m_items.cend(), [&](const ClipItem &entry) { return entry.id == id; });
     if (found != m_items.cend() && found->imageRelPath)
         m_folder.deleteImage(*found->imageRelPath);
 

@@ -16,7 +16,7 @@ constexpr char hexDigits[] = "0123456789abcdef";
 // For each ASCII character: 0 when it is written as it is, otherwise the
 // letter of its escape ('u' for the \u00XX form).
 constexpr std::array<char, 128> asciiEscapes = [] {
-    std::array<char, 128> escapes{};
+    std::array<char, 128> escapes {};
     for (int c = 0; c < 0x20; ++c)
         escapes[c] = 'u';
     escapes['\b'] = 'b';

@@ -37,8 +37,7 @@ QString AppSettings::standardFilePath()
         + QStringLiteral("/Zettly/defaults.json");
 }
 
-template<typename T>
-void AppSettings::assign(T &field, const T &value)
+template<typename T> void AppSettings::assign(T &field, const T &value)
 {
     Q_EMIT aboutToChange();
     field = value;

@@ -49,8 +49,7 @@ Q_SIGNALS:
     void hotkeyChanged(const HotKeyConfig &hotkey);
 
 private:
-    template<typename T>
-    void assign(T &field, const T &value);
+    template<typename T> void assign(T &field, const T &value);
 
     UserDefaults m_defaults;
     HotKeyConfig m_hotkey;

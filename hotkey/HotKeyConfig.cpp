@@ -37,5 +37,5 @@ std::optional<HotKeyConfig> HotKeyConfig::fromJson(const QByteArray &json)
     const auto modifiers = unsigned32(object.value(QLatin1String("modifiers")));
     if (!keyCode || !modifiers)
         return std::nullopt;
-    return HotKeyConfig{*keyCode, *modifiers};
+    return HotKeyConfig { *keyCode, *modifiers };
 }

@@ -9,6 +9,7 @@ namespace KeyPositions {
 namespace {
 
 // Pairs of (virtual key code, evdev code) for the same physical key.
+// clang-format off
 constexpr std::array<std::pair<quint32, quint32>, 118> positions{{
     // Letters
     {0x00, 30}, {0x0B, 48}, {0x08, 46}, {0x02, 32}, {0x0E, 18}, {0x03, 33}, {0x05, 34},
@@ -45,6 +46,7 @@ constexpr std::array<std::pair<quint32, quint32>, 118> positions{{
     // Japanese keyboards
     {0x5D, 124}, {0x5E, 89}, {0x5F, 95}, {0x66, 123}, {0x68, 122},
 }};
+// clang-format on
 
 } // namespace
 

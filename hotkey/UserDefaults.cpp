@@ -47,8 +47,8 @@ std::optional<QByteArray> UserDefaults::data(const QString &key) const
     const QJsonValue encoded = value.toObject().value(dataMember);
     if (!encoded.isString())
         return std::nullopt;
-    auto decoded = QByteArray::fromBase64Encoding(encoded.toString().toLatin1(),
-                                                  QByteArray::AbortOnBase64DecodingErrors);
+    auto decoded
+        = QByteArray::fromBase64Encoding(encoded.toString().toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
     if (!decoded)
         return std::nullopt;
     return *decoded;
@@ -90,7 +90,7 @@ std::optional<bool> UserDefaults::boolean(const QString &key) const
 
 void UserDefaults::setData(const QString &key, const QByteArray &value)
 {
-    m_values.insert(key, QJsonObject{{dataMember, QString::fromLatin1(value.toBase64())}});
+    m_values.insert(key, QJsonObject { { dataMember, QString::fromLatin1(value.toBase64()) } });
 }
 
 void UserDefaults::setInteger(const QString &key, qint64 value)

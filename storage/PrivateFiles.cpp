@@ -13,7 +13,7 @@ namespace PrivateFiles {
 namespace {
 constexpr QFileDevice::Permissions ownerReadWrite = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
 constexpr QFileDevice::Permissions ownerOnlyFolder = ownerReadWrite | QFileDevice::ExeOwner;
-}
+} // namespace
 
 bool ensureFolder(const QString &path)
 {

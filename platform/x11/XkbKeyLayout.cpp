@@ -28,7 +28,7 @@ XkbKeyLayout::XkbKeyLayout(xcb_connection_t *connection)
     if (!m_connection || !m_context)
         return;
     if (xkb_x11_setup_xkb_extension(m_connection, XKB_X11_MIN_MAJOR_XKB_VERSION, XKB_X11_MIN_MINOR_XKB_VERSION,
-                                    XKB_X11_SETUP_XKB_EXTENSION_NO_FLAGS, nullptr, nullptr, nullptr, nullptr))
+            XKB_X11_SETUP_XKB_EXTENSION_NO_FLAGS, nullptr, nullptr, nullptr, nullptr))
         m_deviceId = xkb_x11_get_core_keyboard_device_id(m_connection);
 }
 

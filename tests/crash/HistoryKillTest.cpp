@@ -49,8 +49,8 @@ public:
         posix_spawn_file_actions_adddup2(&actions, fds[1], STDOUT_FILENO);
         const QByteArray dir = QFile::encodeName(historyDir);
         const QByteArray settings = QFile::encodeName(settingsPath);
-        char *const argv[] = {const_cast<char *>(ZETTLY_SAVE_LOOP), const_cast<char *>(dir.constData()),
-                              const_cast<char *>(settings.constData()), nullptr};
+        char *const argv[] = { const_cast<char *>(ZETTLY_SAVE_LOOP), const_cast<char *>(dir.constData()),
+            const_cast<char *>(settings.constData()), nullptr };
         if (posix_spawn(&m_pid, ZETTLY_SAVE_LOOP, &actions, nullptr, argv, environ) != 0)
             m_pid = -1;
         posix_spawn_file_actions_destroy(&actions);
@@ -75,7 +75,7 @@ public:
     {
         while (!m_lastSaved && Clock::now() < deadline) {
             const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
-            pollfd fd{m_out, POLLIN, 0};
+            pollfd fd { m_out, POLLIN, 0 };
             if (poll(&fd, 1, int(left.count()) + 1) > 0 && !readSome())
                 return false;
         }
@@ -90,8 +90,7 @@ public:
         int status = 0;
         waitpid(m_pid, &status, 0);
         m_pid = -1;
-        while (readSome()) {
-        }
+        while (readSome()) { }
         return WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
     }
 
@@ -151,7 +150,8 @@ private:
         return ::testing::AssertionFailure() << "newest entry " << top << " after save " << known;
     const qint64 expectedSize = std::min(top, SaveLoopEntries::historyLimit);
     if (items->size() != expectedSize)
-        return ::testing::AssertionFailure() << items->size() << " entries below " << top << ", expected " << expectedSize;
+        return ::testing::AssertionFailure()
+            << items->size() << " entries below " << top << ", expected " << expectedSize;
     for (qsizetype i = 0; i < items->size(); ++i) {
         const ClipItem &item = items->at(i);
         const qint64 sequence = top - i;
@@ -187,7 +187,7 @@ TEST(HistoryKillTest, FileIsAlwaysTheOldOrTheNewList)
     const QString historyDir = temp.filePath(QStringLiteral("history"));
     const QString settingsPath = temp.filePath(QStringLiteral("settings/defaults.json"));
 
-    const unsigned seed = std::random_device{}();
+    const unsigned seed = std::random_device {}();
     SCOPED_TRACE(::testing::Message() << "random seed " << seed);
     std::mt19937 random(seed);
     // A save of this history takes a few milliseconds: kills spread over
@@ -234,8 +234,8 @@ TEST(HistoryKillTest, FileIsAlwaysTheOldOrTheNewList)
     // keep clips the user deleted since.
     const HistoryFolder nextStart(historyDir);
     EXPECT_EQ(strayFiles(historyDir), QStringList());
-    std::printf("%d kills, %d after a reported save, %d with the save under way already on disk\n",
-                runs, killsAfterASave, unreportedSaves);
+    std::printf("%d kills, %d after a reported save, %d with the save under way already on disk\n", runs,
+        killsAfterASave, unreportedSaves);
 }
 
 } // namespace

@@ -47,7 +47,7 @@ int main(int argc, char *argv[])
 
     for (;;) {
         ++sequence;
-        store.add(ClipItem{
+        store.add(ClipItem {
             .kind = ClipKind::Text,
             .preview = SaveLoopEntries::preview(sequence),
             .fullText = SaveLoopEntries::text(sequence),

@@ -8,12 +8,12 @@
 #include <QSignalSpy>
 
 namespace {
-const QStringList allKeys{QStringLiteral("zettly.autoPaste"), QStringLiteral("zettly.historyLimit"),
-                          QStringLiteral("zettly.hotkey"), QStringLiteral("zettly.ignoreSecretApps")};
+const QStringList allKeys { QStringLiteral("zettly.autoPaste"), QStringLiteral("zettly.historyLimit"),
+    QStringLiteral("zettly.hotkey"), QStringLiteral("zettly.ignoreSecretApps") };
 
 QJsonObject hotkeyData(const char *json)
 {
-    return QJsonObject{{QStringLiteral("data"), QString::fromLatin1(QByteArray(json).toBase64())}};
+    return QJsonObject { { QStringLiteral("data"), QString::fromLatin1(QByteArray(json).toBase64()) } };
 }
 } // namespace
 
@@ -33,7 +33,7 @@ protected:
 TEST_F(AppSettingsTest, FreshInstallHasDefaultsAndWritesNothing)
 {
     const AppSettings settings(file());
-    EXPECT_EQ(settings.hotkey(), (HotKeyConfig{9, 4352}));
+    EXPECT_EQ(settings.hotkey(), (HotKeyConfig { 9, 4352 }));
     EXPECT_EQ(settings.historyLimit(), 200);
     EXPECT_TRUE(settings.autoPaste());
     EXPECT_TRUE(settings.ignoreSecretApps());
@@ -49,7 +49,8 @@ TEST_F(AppSettingsTest, EveryAssignmentWritesAllFourKeysPrivately)
     EXPECT_EQ(values.value(QStringLiteral("zettly.autoPaste")), QJsonValue(false));
     EXPECT_EQ(values.value(QStringLiteral("zettly.historyLimit")), QJsonValue(200));
     EXPECT_EQ(values.value(QStringLiteral("zettly.ignoreSecretApps")), QJsonValue(true));
-    EXPECT_EQ(values.value(QStringLiteral("zettly.hotkey")), QJsonValue(hotkeyData(R"({"keyCode":9,"modifiers":4352})")));
+    EXPECT_EQ(
+        values.value(QStringLiteral("zettly.hotkey")), QJsonValue(hotkeyData(R"({"keyCode":9,"modifiers":4352})")));
     EXPECT_EQ(modeOf(file()), 0600u);
     EXPECT_EQ(modeOf(path(QStringLiteral("Zettly"))), 0700u);
 
@@ -65,11 +66,11 @@ TEST_F(AppSettingsTest, EveryAssignmentWritesAllFourKeysPrivately)
 
     // Values persist across instances; no range is enforced.
     reread.setHistoryLimit(-3);
-    reread.setHotkey({49, 2304});
+    reread.setHotkey({ 49, 2304 });
     reread.setIgnoreSecretApps(false);
     const AppSettings later(file());
     EXPECT_EQ(later.historyLimit(), -3);
-    EXPECT_EQ(later.hotkey(), (HotKeyConfig{49, 2304}));
+    EXPECT_EQ(later.hotkey(), (HotKeyConfig { 49, 2304 }));
     EXPECT_FALSE(later.autoPaste());
     EXPECT_FALSE(later.ignoreSecretApps());
 }
@@ -84,26 +85,36 @@ TEST_F(AppSettingsTest, UnusableStoredValuesFallBack)
         bool autoPaste;
         bool ignoreSecretApps;
     };
-    const HotKeyConfig standard{9, 4352};
+    const HotKeyConfig standard { 9, 4352 };
     const Case cases[] = {
-        {"limit 0 means default", {{QStringLiteral("zettly.historyLimit"), 0}}, standard, 200, true, true},
-        {"limit 500 kept", {{QStringLiteral("zettly.historyLimit"), 500}}, standard, 500, true, true},
-        {"limit as text of digits", {{QStringLiteral("zettly.historyLimit"), QStringLiteral("50")}}, standard, 50, true, true},
-        {"limit as words", {{QStringLiteral("zettly.historyLimit"), QStringLiteral("many")}}, standard, 200, true, true},
-        {"limit as fraction", {{QStringLiteral("zettly.historyLimit"), 75.9}}, standard, 75, true, true},
-        {"hotkey without modifiers", {{QStringLiteral("zettly.hotkey"), hotkeyData(R"({"keyCode":49})")}}, standard, 200, true, true},
-        {"hotkey members reordered", {{QStringLiteral("zettly.hotkey"), hotkeyData(R"({"modifiers":2304,"keyCode":49})")}},
-         {49, 2304}, 200, true, true},
-        {"hotkey out of range", {{QStringLiteral("zettly.hotkey"), hotkeyData(R"({"keyCode":4294967296,"modifiers":1})")}},
-         standard, 200, true, true},
-        {"hotkey stored as a string", {{QStringLiteral("zettly.hotkey"), QStringLiteral(R"({"keyCode":1,"modifiers":1})")}},
-         standard, 200, true, true},
-        {"hotkey data not base64", {{QStringLiteral("zettly.hotkey"), QJsonObject{{QStringLiteral("data"), QStringLiteral("%%%")}}}},
-         standard, 200, true, true},
-        {"booleans as strings", {{QStringLiteral("zettly.autoPaste"), QStringLiteral("false")},
-                                 {QStringLiteral("zettly.ignoreSecretApps"), 0}}, standard, 200, true, true},
-        {"booleans false", {{QStringLiteral("zettly.autoPaste"), false}, {QStringLiteral("zettly.ignoreSecretApps"), false}},
-         standard, 200, false, false},
+        { "limit 0 means default", { { QStringLiteral("zettly.historyLimit"), 0 } }, standard, 200, true, true },
+        { "limit 500 kept", { { QStringLiteral("zettly.historyLimit"), 500 } }, standard, 500, true, true },
+        { "limit as text of digits", { { QStringLiteral("zettly.historyLimit"), QStringLiteral("50") } }, standard, 50,
+            true, true },
+        { "limit as words", { { QStringLiteral("zettly.historyLimit"), QStringLiteral("many") } }, standard, 200, true,
+            true },
+        { "limit as fraction", { { QStringLiteral("zettly.historyLimit"), 75.9 } }, standard, 75, true, true },
+        { "hotkey without modifiers", { { QStringLiteral("zettly.hotkey"), hotkeyData(R"({"keyCode":49})") } },
+            standard, 200, true, true },
+        { "hotkey members reordered",
+            { { QStringLiteral("zettly.hotkey"), hotkeyData(R"({"modifiers":2304,"keyCode":49})") } }, { 49, 2304 },
+            200, true, true },
+        { "hotkey out of range",
+            { { QStringLiteral("zettly.hotkey"), hotkeyData(R"({"keyCode":4294967296,"modifiers":1})") } }, standard,
+            200, true, true },
+        { "hotkey stored as a string",
+            { { QStringLiteral("zettly.hotkey"), QStringLiteral(R"({"keyCode":1,"modifiers":1})") } }, standard, 200,
+            true, true },
+        { "hotkey data not base64",
+            { { QStringLiteral("zettly.hotkey"), QJsonObject { { QStringLiteral("data"), QStringLiteral("%%%") } } } },
+            standard, 200, true, true },
+        { "booleans as strings",
+            { { QStringLiteral("zettly.autoPaste"), QStringLiteral("false") },
+                { QStringLiteral("zettly.ignoreSecretApps"), 0 } },
+            standard, 200, true, true },
+        { "booleans false",
+            { { QStringLiteral("zettly.autoPaste"), false }, { QStringLiteral("zettly.ignoreSecretApps"), false } },
+            standard, 200, false, false },
     };
     for (const Case &c : cases) {
         store(c.values);
@@ -123,7 +134,8 @@ TEST_F(AppSettingsTest, UnreadableFileIsKeptAsideAndReplacedOnFirstChange)
     EXPECT_TRUE(settings.autoPaste());
     settings.setAutoPaste(false);
     EXPECT_EQ(stored().keys(), allKeys);
-    const QStringList copies = QDir(path(QStringLiteral("Zettly"))).entryList({QStringLiteral("defaults.json.unreadable-*")});
+    const QStringList copies
+        = QDir(path(QStringLiteral("Zettly"))).entryList({ QStringLiteral("defaults.json.unreadable-*") });
     ASSERT_EQ(copies.size(), 1);
     EXPECT_EQ(readAll(path(QStringLiteral("Zettly/")) + copies.first()), QByteArray("{\"zettly.autoPaste\": fal"));
 }
@@ -134,7 +146,7 @@ TEST_F(AppSettingsTest, NoticeBeforeChangeAndShortcutHookAfterWriting)
     QList<bool> seenBefore;
     QObject::connect(&settings, &AppSettings::aboutToChange, [&] { seenBefore.append(settings.autoPaste()); });
     settings.setAutoPaste(false);
-    EXPECT_EQ(seenBefore, QList<bool>{true});
+    EXPECT_EQ(seenBefore, QList<bool> { true });
 
     // The hot key is registered anew only once the four keys are on disk, and
     // even when the shortcut is unchanged.
@@ -144,12 +156,12 @@ TEST_F(AppSettingsTest, NoticeBeforeChangeAndShortcutHookAfterWriting)
         fileAtRegistration.append(stored());
     });
     QSignalSpy changed(&settings, &AppSettings::changed);
-    settings.setHotkey({12, 256});
-    settings.setHotkey({12, 256});
+    settings.setHotkey({ 12, 256 });
+    settings.setHotkey({ 12, 256 });
     settings.setHistoryLimit(20);
     ASSERT_EQ(fileAtRegistration.size(), 2);
     EXPECT_EQ(fileAtRegistration.first().keys(), allKeys);
     EXPECT_EQ(fileAtRegistration.first().value(QStringLiteral("zettly.hotkey")),
-              QJsonValue(hotkeyData(R"({"keyCode":12,"modifiers":256})")));
+        QJsonValue(hotkeyData(R"({"keyCode":12,"modifiers":256})")));
     EXPECT_EQ(changed.count(), 3);
 }

@@ -11,7 +11,7 @@ namespace {
 
 ClipItem textItem(const QString &text)
 {
-    return ClipItem{.kind = ClipKind::Text, .preview = text, .fullText = text};
+    return ClipItem { .kind = ClipKind::Text, .preview = text, .fullText = text };
 }
 
 std::optional<ClipItem> decodeOne(const char *json)
@@ -28,16 +28,16 @@ const char *const validText = R"({"id":"0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9","k
 
 TEST(ClipKindTest, NamesAreExactAndCaseSensitive)
 {
-    for (ClipKind kind : {ClipKind::Text, ClipKind::Url, ClipKind::Image, ClipKind::File, ClipKind::Color})
+    for (ClipKind kind : { ClipKind::Text, ClipKind::Url, ClipKind::Image, ClipKind::File, ClipKind::Color })
         EXPECT_EQ(clipKindFromName(clipKindName(kind)), kind);
     EXPECT_EQ(clipKindName(ClipKind::Url), QStringLiteral("url"));
-    for (const char *other : {"URL", "Text", "", "link", "text "})
+    for (const char *other : { "URL", "Text", "", "link", "text " })
         EXPECT_FALSE(clipKindFromName(QString::fromUtf8(other))) << other;
 }
 
 TEST(ClipItemJsonTest, WritesTheExactCompactObject)
 {
-    const ClipItem item{
+    const ClipItem item {
         .id = QUuid::fromString(QStringLiteral("0f1e2d3c-4b5a-4978-8695-a4b3c2d1e0f9")),
         .kind = ClipKind::Url,
         .preview = QStringLiteral("https://example.org/a"),
@@ -46,13 +46,14 @@ TEST(ClipItemJsonTest, WritesTheExactCompactObject)
         // Unix time 1,700,000,000 on the 2001 epoch.
         .createdAt = 1700000000.0 - ClipItem::referenceDateOffset + 0.25,
     };
-    EXPECT_EQ(item.toJson(), QByteArray(R"({"id":"0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9","kind":"url",)"
-                                        R"("preview":"https://example.org/a","fullText":"https://example.org/a",)"
-                                        R"("pinned":true,"createdAt":721692800.25})"));
+    EXPECT_EQ(item.toJson(),
+        QByteArray(R"({"id":"0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9","kind":"url",)"
+                   R"("preview":"https://example.org/a","fullText":"https://example.org/a",)"
+                   R"("pinned":true,"createdAt":721692800.25})"));
 
     // Absent optionals are left out, never written as null; an empty path list
     // stays a present, empty list.
-    ClipItem files{.kind = ClipKind::File, .preview = QStringLiteral("0 fichiers"), .filePaths = QStringList()};
+    ClipItem files { .kind = ClipKind::File, .preview = QStringLiteral("0 fichiers"), .filePaths = QStringList() };
     const QJsonObject written = QJsonDocument::fromJson(files.toJson()).object();
     EXPECT_FALSE(written.contains(QStringLiteral("fullText")));
     EXPECT_FALSE(written.contains(QStringLiteral("sourceApp")));
@@ -69,23 +70,31 @@ TEST(ClipItemJsonTest, WritesTheExactCompactObject)
 
 TEST(ClipItemJsonTest, RoundTripKeepsEveryFieldExactly)
 {
-    const QList<ClipItem> items{
-        ClipItem{.kind = ClipKind::Text, .preview = QStringLiteral("ligne un ligne deux"),
-                 .fullText = QStringLiteral("ligne un\nligne deux \"/\\ \u00e9\U0001F600"),
-                 .createdAt = 785000000.123456789, .sourceApp = QStringLiteral("org.gnome.gedit")},
-        ClipItem{.kind = ClipKind::Image, .preview = QStringLiteral("Image 1280×800"),
-                 .imageRelPath = QStringLiteral("0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9.png"), .pinned = true,
-                 .createdAt = -3.5},
-        ClipItem{.kind = ClipKind::File, .preview = QStringLiteral("3 fichiers"),
-                 .filePaths = QStringList{QStringLiteral("/a b/c"), QStringLiteral("/d"), QStringLiteral("/é")},
-                 .createdAt = 0},
-        ClipItem{.kind = ClipKind::Color, .preview = QStringLiteral("#FF0000"), .createdAt = 1e9 + 1.0 / 3},
+    const QList<ClipItem> items {
+        ClipItem { .kind = ClipKind::Text,
+            .preview = QStringLiteral("ligne un ligne deux"),
+            .fullText = QStringLiteral("ligne un\nligne deux \"/\\ \u00e9\U0001F600"),
+            .createdAt = 785000000.123456789,
+            .sourceApp = QStringLiteral("org.gnome.gedit") },
+        ClipItem { .kind = ClipKind::Image,
+            .preview = QStringLiteral("Image 1280×800"),
+            .imageRelPath = QStringLiteral("0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9.png"),
+            .pinned = true,
+            .createdAt = -3.5 },
+        ClipItem { .kind = ClipKind::File,
+            .preview = QStringLiteral("3 fichiers"),
+            .filePaths = QStringList { QStringLiteral("/a b/c"), QStringLiteral("/d"), QStringLiteral("/é") },
+            .createdAt = 0 },
+        ClipItem { .kind = ClipKind::Color, .preview = QStringLiteral("#FF0000"), .createdAt = 1e9 + 1.0 / 3 },
         // Control characters, a lone surrogate at either end, huge and tiny
         // numbers: whatever a hostile clipboard gives must come back as it was.
-        ClipItem{.kind = ClipKind::Text, .preview = QString(QChar(0xDC00)) + QStringLiteral("\x01\t\r\b\f\x7f\u2028"),
-                 .fullText = QStringLiteral("a") + QChar(0xD800), .createdAt = 1e300},
-        ClipItem{.kind = ClipKind::Text, .preview = QString(), .fullText = QString(), .createdAt = 9007199254740993.0},
-        ClipItem{.kind = ClipKind::Text, .preview = QStringLiteral("x"), .createdAt = 4.9e-324},
+        ClipItem { .kind = ClipKind::Text,
+            .preview = QString(QChar(0xDC00)) + QStringLiteral("\x01\t\r\b\f\x7f\u2028"),
+            .fullText = QStringLiteral("a") + QChar(0xD800),
+            .createdAt = 1e300 },
+        ClipItem {
+            .kind = ClipKind::Text, .preview = QString(), .fullText = QString(), .createdAt = 9007199254740993.0 },
+        ClipItem { .kind = ClipKind::Text, .preview = QStringLiteral("x"), .createdAt = 4.9e-324 },
     };
     const QByteArray bytes = HistoryCodec::encode(items);
     EXPECT_FALSE(bytes.contains('\n'));
@@ -137,7 +146,7 @@ TEST(ClipItemJsonTest, ReadingIsAllOrNothing)
     const QByteArray good(validText);
     EXPECT_TRUE(HistoryCodec::decode('[' + good + ',' + good + ']'));
     EXPECT_FALSE(HistoryCodec::decode('[' + good + ',' + QByteArray(broken[1]) + ']'));
-    for (const char *bytes : {"", "{}", "[1]", "[null]", "[{}]", "[] []", "[", "\xEF\xBB\xBF[]x"})
+    for (const char *bytes : { "", "{}", "[1]", "[null]", "[{}]", "[] []", "[", "\xEF\xBB\xBF[]x" })
         EXPECT_FALSE(HistoryCodec::decode(bytes)) << bytes;
 }
 
@@ -176,6 +185,6 @@ TEST(ClipItemEqualityTest, CanonicalTextsAreEqualAndHashAlike)
 
     // Two captures of the same text are never equal.
     EXPECT_FALSE(textItem(QStringLiteral("x")) == textItem(QStringLiteral("x")));
-    QSet<ClipItem> set{composed, decomposed, otherId};
+    QSet<ClipItem> set { composed, decomposed, otherId };
     EXPECT_EQ(set.size(), 2);
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "AppSettings.h"
 #include "ClipboardStore.h"
+#include "AppSettings.h"
 #include "HistoryCodec.h"
 #include "TestFolder.h"
 
@@ -10,12 +10,12 @@ namespace {
 
 ClipItem text(const QString &value, double createdAt = ClipItem::now())
 {
-    return ClipItem{.kind = ClipKind::Text, .preview = value, .fullText = value, .createdAt = createdAt};
+    return ClipItem { .kind = ClipKind::Text, .preview = value, .fullText = value, .createdAt = createdAt };
 }
 
 ClipItem image(const QString &fileName, const QString &preview = QStringLiteral("Image 10×10"))
 {
-    return ClipItem{.kind = ClipKind::Image, .preview = preview, .imageRelPath = fileName};
+    return ClipItem { .kind = ClipKind::Image, .preview = preview, .imageRelPath = fileName };
 }
 
 QStringList previews(const QList<ClipItem> &items)
@@ -64,10 +64,10 @@ TEST_F(ClipboardStoreTest, AddSkipsOnlyARepeatOfTheNewestUnpinnedEntry)
 
     store.add(text(QStringLiteral("A")));
     store.add(text(QStringLiteral("A")));
-    EXPECT_EQ(previews(store.items()), QStringList{QStringLiteral("A")});
+    EXPECT_EQ(previews(store.items()), QStringList { QStringLiteral("A") });
     store.add(text(QStringLiteral("B")));
     store.add(text(QStringLiteral("A")));
-    EXPECT_EQ(previews(store.items()), (QStringList{QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("A")}));
+    EXPECT_EQ(previews(store.items()), (QStringList { QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("A") }));
     expectSaved(store);
 
     // Another source application or instant is still a repeat; canonically
@@ -109,14 +109,14 @@ TEST_F(ClipboardStoreTest, AddSkipsOnlyARepeatOfTheNewestUnpinnedEntry)
 TEST_F(ClipboardStoreTest, AddGivesAFreshIdAndKeepsPinnedEntriesOnTop)
 {
     auto store = storeHolding({
-        ClipItem{.preview = QStringLiteral("P"), .fullText = QStringLiteral("P"), .pinned = true, .createdAt = 1},
+        ClipItem { .preview = QStringLiteral("P"), .fullText = QStringLiteral("P"), .pinned = true, .createdAt = 1 },
         text(QStringLiteral("U1"), 3),
         text(QStringLiteral("U2"), 2),
     });
     const ClipItem incoming = text(QStringLiteral("N"), 4);
     store->add(incoming);
     EXPECT_EQ(previews(store->items()),
-              (QStringList{QStringLiteral("P*"), QStringLiteral("N"), QStringLiteral("U1"), QStringLiteral("U2")}));
+        (QStringList { QStringLiteral("P*"), QStringLiteral("N"), QStringLiteral("U1"), QStringLiteral("U2") }));
     const ClipItem &stored = store->items().at(1);
     EXPECT_NE(stored.id, incoming.id);
     EXPECT_EQ(stored.createdAt, incoming.createdAt);
@@ -126,23 +126,25 @@ TEST_F(ClipboardStoreTest, AddGivesAFreshIdAndKeepsPinnedEntriesOnTop)
 TEST_F(ClipboardStoreTest, LimitDropsTheOldestUnpinnedEntriesOnly)
 {
     auto store = storeHolding({
-        ClipItem{.preview = QStringLiteral("P"), .pinned = true, .createdAt = 1},
+        ClipItem { .preview = QStringLiteral("P"), .pinned = true, .createdAt = 1 },
         text(QStringLiteral("U1"), 3),
         image(QStringLiteral("U2.png"), QStringLiteral("U2")),
     });
     writeAll(store->imagesDirPath() + QStringLiteral("/U2.png"), "png");
     settings.setHistoryLimit(2);
     store->add(text(QStringLiteral("N")));
-    EXPECT_EQ(previews(store->items()), (QStringList{QStringLiteral("P*"), QStringLiteral("N"), QStringLiteral("U1")}));
+    EXPECT_EQ(
+        previews(store->items()), (QStringList { QStringLiteral("P*"), QStringLiteral("N"), QStringLiteral("U1") }));
     // Dropping an entry leaves its image on disk.
     EXPECT_TRUE(QFile::exists(store->imagesDirPath() + QStringLiteral("/U2.png")));
     expectSaved(*store);
 
     // Below 1 counts as 1; the limit is read at every trim.
-    for (qint64 limit : {0, -5}) {
+    for (qint64 limit : { 0, -5 }) {
         settings.setHistoryLimit(limit);
         store->add(text(QStringLiteral("M") + QString::number(limit)));
-        EXPECT_EQ(previews(store->items()), (QStringList{QStringLiteral("P*"), QStringLiteral("M") + QString::number(limit)}));
+        EXPECT_EQ(previews(store->items()),
+            (QStringList { QStringLiteral("P*"), QStringLiteral("M") + QString::number(limit) }));
     }
 
     // A loaded file longer than the limit stays whole until the next add.
@@ -153,28 +155,31 @@ TEST_F(ClipboardStoreTest, LimitDropsTheOldestUnpinnedEntriesOnly)
     auto loaded = storeHolding(many);
     EXPECT_EQ(loaded->items().size(), 10);
     loaded->add(text(QStringLiteral("new")));
-    EXPECT_EQ(previews(loaded->items()),
-              (QStringList{QStringLiteral("new"), QStringLiteral("0"), QStringLiteral("1")}));
+    EXPECT_EQ(
+        previews(loaded->items()), (QStringList { QStringLiteral("new"), QStringLiteral("0"), QStringLiteral("1") }));
 }
 
 TEST_F(ClipboardStoreTest, TogglePinSortsStablyByPinThenDate)
 {
-    auto store = storeHolding({text(QStringLiteral("c"), 30), text(QStringLiteral("b"), 20), text(QStringLiteral("a"), 10)});
+    auto store
+        = storeHolding({ text(QStringLiteral("c"), 30), text(QStringLiteral("b"), 20), text(QStringLiteral("a"), 10) });
     store->togglePin(store->items().at(2).id);
-    EXPECT_EQ(previews(store->items()), (QStringList{QStringLiteral("a*"), QStringLiteral("c"), QStringLiteral("b")}));
+    EXPECT_EQ(
+        previews(store->items()), (QStringList { QStringLiteral("a*"), QStringLiteral("c"), QStringLiteral("b") }));
     expectSaved(*store);
 
     // Unpinning puts the entry back by date, not on top.
     store->togglePin(store->items().at(0).id);
-    EXPECT_EQ(previews(store->items()), (QStringList{QStringLiteral("c"), QStringLiteral("b"), QStringLiteral("a")}));
+    EXPECT_EQ(
+        previews(store->items()), (QStringList { QStringLiteral("c"), QStringLiteral("b"), QStringLiteral("a") }));
 
     // Equal dates keep their previous relative order; the sort also regroups
     // a file stored out of order.
-    auto ties = storeHolding({text(QStringLiteral("x"), 5), text(QStringLiteral("old"), 1), text(QStringLiteral("y"), 5),
-                              text(QStringLiteral("z"), 5)});
+    auto ties = storeHolding({ text(QStringLiteral("x"), 5), text(QStringLiteral("old"), 1),
+        text(QStringLiteral("y"), 5), text(QStringLiteral("z"), 5) });
     ties->togglePin(ties->items().at(3).id);
     EXPECT_EQ(previews(ties->items()),
-              (QStringList{QStringLiteral("z*"), QStringLiteral("x"), QStringLiteral("y"), QStringLiteral("old")}));
+        (QStringList { QStringLiteral("z*"), QStringLiteral("x"), QStringLiteral("y"), QStringLiteral("old") }));
 
     // Unpinning does not trim: the group may hold one more than the limit.
     settings.setHistoryLimit(3);
@@ -194,21 +199,25 @@ TEST_F(ClipboardStoreTest, TogglePinSortsStablyByPinThenDate)
 TEST_F(ClipboardStoreTest, RemoveAndClearDeleteOnlyTheirOwnImages)
 {
     auto store = storeHolding({
-        ClipItem{.kind = ClipKind::Image, .preview = QStringLiteral("pinned"), .imageRelPath = QStringLiteral("p.png"),
-                 .pinned = true},
+        ClipItem { .kind = ClipKind::Image,
+            .preview = QStringLiteral("pinned"),
+            .imageRelPath = QStringLiteral("p.png"),
+            .pinned = true },
         image(QStringLiteral("a.png"), QStringLiteral("a")),
-        ClipItem{.kind = ClipKind::File, .preview = QStringLiteral("f.txt"), .filePaths = QStringList{path(QStringLiteral("f.txt"))}},
+        ClipItem { .kind = ClipKind::File,
+            .preview = QStringLiteral("f.txt"),
+            .filePaths = QStringList { path(QStringLiteral("f.txt")) } },
         image(QStringLiteral("b.png"), QStringLiteral("b")),
         text(QStringLiteral("t")),
     });
-    for (const char *name : {"p.png", "a.png", "b.png"})
+    for (const char *name : { "p.png", "a.png", "b.png" })
         writeAll(store->imagesDirPath() + u'/' + QString::fromUtf8(name), "png");
     writeAll(path(QStringLiteral("f.txt")), "user file");
 
     store->remove(store->items().at(1).id);
     EXPECT_FALSE(QFile::exists(store->imagesDirPath() + QStringLiteral("/a.png")));
     EXPECT_EQ(previews(store->items()),
-              (QStringList{QStringLiteral("pinned*"), QStringLiteral("f.txt"), QStringLiteral("b"), QStringLiteral("t")}));
+        (QStringList { QStringLiteral("pinned*"), QStringLiteral("f.txt"), QStringLiteral("b"), QStringLiteral("t") }));
     expectSaved(*store);
 
     // An unknown id changes nothing but still writes the file; a missing image
@@ -222,7 +231,7 @@ TEST_F(ClipboardStoreTest, RemoveAndClearDeleteOnlyTheirOwnImages)
     EXPECT_EQ(store->items().size(), 3);
 
     store->clearUnpinned();
-    EXPECT_EQ(previews(store->items()), QStringList{QStringLiteral("pinned*")});
+    EXPECT_EQ(previews(store->items()), QStringList { QStringLiteral("pinned*") });
     EXPECT_TRUE(QFile::exists(store->imagesDirPath() + QStringLiteral("/p.png")));
     EXPECT_TRUE(QFile::exists(path(QStringLiteral("f.txt")))) << "file entries point at the user's own files";
     expectSaved(*store);
@@ -243,7 +252,7 @@ TEST_F(ClipboardStoreTest, NoticesComeBeforeEachChange)
 
     store.add(text(QStringLiteral("one")));
     // The insertion, then the trim (which assigns even when it drops nothing).
-    EXPECT_EQ(sizesSeenBefore, (QList<qsizetype>{0, 1}));
+    EXPECT_EQ(sizesSeenBefore, (QList<qsizetype> { 0, 1 }));
     EXPECT_EQ(after.count(), 2);
     store.add(text(QStringLiteral("one")));
     EXPECT_EQ(after.count(), 2) << "a repeat changes nothing";
@@ -259,7 +268,7 @@ TEST_F(ClipboardStoreTest, CorruptHistoryStartsEmptyAndIsNotLost)
     EXPECT_TRUE(store.items().isEmpty());
     store.add(text(QStringLiteral("after")));
     expectSaved(store);
-    const QStringList copies = QDir(dir()).entryList({QStringLiteral("clips.json.unreadable-*")});
+    const QStringList copies = QDir(dir()).entryList({ QStringLiteral("clips.json.unreadable-*") });
     ASSERT_EQ(copies.size(), 1);
     EXPECT_EQ(readAll(dir() + u'/' + copies.first()), QByteArray("[{\"id\":"));
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "HistoryCodec.h"
 #include "HistoryFolder.h"
+#include "HistoryCodec.h"
 #include "TestFolder.h"
 
 #include <QDir>
@@ -26,7 +26,9 @@ private:
 
 ClipItem entry(const QString &text, bool pinned = false, double createdAt = 0)
 {
-    return ClipItem{.kind = ClipKind::Text, .preview = text, .fullText = text, .pinned = pinned, .createdAt = createdAt};
+    return ClipItem {
+        .kind = ClipKind::Text, .preview = text, .fullText = text, .pinned = pinned, .createdAt = createdAt
+    };
 }
 
 } // namespace
@@ -45,11 +47,11 @@ TEST_F(HistoryFolderTest, FirstStartMakesPrivateFoldersAndSavesPrivately)
     EXPECT_TRUE(folder.load().isEmpty());
     EXPECT_FALSE(QFile::exists(folder.dbPath())) << "loading alone must not write";
 
-    ASSERT_TRUE(folder.save({entry(QStringLiteral("a"))}));
+    ASSERT_TRUE(folder.save({ entry(QStringLiteral("a")) }));
     EXPECT_EQ(modeOf(folder.dbPath()), 0600u);
     // Exactly the file and the images folder: no temporary left behind.
     EXPECT_EQ(QDir(dir).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden),
-              (QStringList{QStringLiteral("clips.json"), QStringLiteral("images")}));
+        (QStringList { QStringLiteral("clips.json"), QStringLiteral("images") }));
 
     // A folder made by an older version with open permissions is closed.
     const QString open = path(QStringLiteral("open"));
@@ -82,7 +84,7 @@ TEST_F(HistoryFolderTest, UndecodableFileIsKeptAsideBeforeAnySave)
     writeAll(folder.dbPath(), damaged);
     EXPECT_TRUE(folder.load().isEmpty());
 
-    const QStringList copies = QDir(folder.dirPath()).entryList({QStringLiteral("clips.json.unreadable-*")});
+    const QStringList copies = QDir(folder.dirPath()).entryList({ QStringLiteral("clips.json.unreadable-*") });
     ASSERT_EQ(copies.size(), 1);
     const QString copy = folder.dirPath() + u'/' + copies.first();
     EXPECT_EQ(readAll(copy), damaged);
@@ -90,34 +92,35 @@ TEST_F(HistoryFolderTest, UndecodableFileIsKeptAsideBeforeAnySave)
 
     // The first save replaces clips.json but leaves the copy alone; a second
     // unreadable load the same second does not overwrite the first copy.
-    ASSERT_TRUE(folder.save({entry(QStringLiteral("new"))}));
+    ASSERT_TRUE(folder.save({ entry(QStringLiteral("new")) }));
     EXPECT_EQ(readAll(copy), damaged);
     writeAll(folder.dbPath(), "not json");
     EXPECT_TRUE(folder.load().isEmpty());
-    EXPECT_EQ(QDir(folder.dirPath()).entryList({QStringLiteral("clips.json.unreadable-*")}).size(), 2);
+    EXPECT_EQ(QDir(folder.dirPath()).entryList({ QStringLiteral("clips.json.unreadable-*") }).size(), 2);
     EXPECT_EQ(readAll(copy), damaged);
 }
 
 TEST_F(HistoryFolderTest, FailedSaveKeepsThePreviousFile)
 {
     const HistoryFolder folder(path(QStringLiteral("Zettly")));
-    ASSERT_TRUE(folder.save({entry(QStringLiteral("kept"))}));
+    ASSERT_TRUE(folder.save({ entry(QStringLiteral("kept")) }));
     const QByteArray before = readAll(folder.dbPath());
 
     // A file size limit makes the write fail even for root, like a full disk.
-    struct rlimit previous {};
+    struct rlimit previous { };
     ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &previous), 0);
     const auto previousHandler = std::signal(SIGXFSZ, SIG_IGN);
     struct rlimit small = previous;
     small.rlim_cur = 4096;
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
-    const bool saved = folder.save({entry(QString(100000, u'x'))});
+    const bool saved = folder.save({ entry(QString(100000, u'x')) });
     ::setrlimit(RLIMIT_FSIZE, &previous);
     std::signal(SIGXFSZ, previousHandler);
 
     EXPECT_FALSE(saved);
     EXPECT_EQ(readAll(folder.dbPath()), before);
-    EXPECT_EQ(QDir(folder.dirPath()).entryList(QDir::Files | QDir::Hidden), QStringList{QStringLiteral("clips.json")});
+    EXPECT_EQ(
+        QDir(folder.dirPath()).entryList(QDir::Files | QDir::Hidden), QStringList { QStringLiteral("clips.json") });
 }
 
 TEST_F(HistoryFolderTest, ImagePathsStayInsideTheImagesFolder)
@@ -125,7 +128,7 @@ TEST_F(HistoryFolderTest, ImagePathsStayInsideTheImagesFolder)
     const HistoryFolder folder(path(QStringLiteral("Zettly")));
     const QString outside = path(QStringLiteral("precious.png"));
     writeAll(outside, "keep");
-    for (const char *hostile : {"../../precious.png", "../precious.png", "/etc/passwd", "..", ".", ""}) {
+    for (const char *hostile : { "../../precious.png", "../precious.png", "/etc/passwd", "..", ".", "" }) {
         EXPECT_TRUE(folder.imagePath(QString::fromUtf8(hostile)).isEmpty()) << hostile;
         folder.deleteImage(QString::fromUtf8(hostile));
     }
@@ -143,14 +146,14 @@ TEST_F(HistoryFolderTest, StartRemovesWhatAKilledSaveLeftBehind)
 {
     const QString dir = path(QStringLiteral("Zettly"));
     QDir().mkpath(dir);
-    const QStringList leftovers{QStringLiteral("clips.json.Ab12Cd"), QStringLiteral("clips.json.zzzzzz")};
-    const QStringList kept{QStringLiteral("clips.json.unreadable-20260101-000000"), QStringLiteral("clips.json.Ab12C"),
-                           QStringLiteral("clips.json.Ab12Cd7"), QStringLiteral("clips.jsonxAb12Cd"),
-                           QStringLiteral("other.json.Ab12Cd"), QStringLiteral("clips.json")};
+    const QStringList leftovers { QStringLiteral("clips.json.Ab12Cd"), QStringLiteral("clips.json.zzzzzz") };
+    const QStringList kept { QStringLiteral("clips.json.unreadable-20260101-000000"),
+        QStringLiteral("clips.json.Ab12C"), QStringLiteral("clips.json.Ab12Cd7"), QStringLiteral("clips.jsonxAb12Cd"),
+        QStringLiteral("other.json.Ab12Cd"), QStringLiteral("clips.json") };
     for (const QString &name : leftovers + kept)
         writeAll(dir + u'/' + name, "[]");
     const HistoryFolder folder(dir);
-    QStringList expected = kept + QStringList{QStringLiteral("images")};
+    QStringList expected = kept + QStringList { QStringLiteral("images") };
     expected.sort();
     EXPECT_EQ(QDir(dir).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name), expected);
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "HotKeyTranslator.h"
 #include "FixedKeyLayout.h"
 #include "HotKeyConfig.h"
-#include "HotKeyTranslator.h"
 #include "KeyPositions.h"
 
 #include <gtest/gtest.h>
@@ -20,21 +20,21 @@ TEST(HotKeyTranslatorTest, DisplayStringPutsGlyphsInFixedOrder)
         quint32 modifiers;
         const char *expected;
     } cases[] = {
-        {9, 4352, "⌃⌘V"},
-        {49, 2304, "⌥⌘Space"},
-        {36, 512, "⇧↩"},
-        {9, 4864, "⌃⇧⌘V"},
-        {123, 0, "←"},
-        {12, 0xFFFFFFFF, "⌃⌥⇧⌘Q"},
-        {12, 1024, "Q"}, // Caps Lock and other bits show nothing
-        {48, 0, "⇥"},
-        {51, 0, "⌫"},
-        {53, 0, "⎋"},
-        {124, 0, "→"},
-        {125, 0, "↓"},
-        {126, 0, "↑"},
-        {200, 0, "key(200)"},
-        {10, 256, "⌘key(10)"},
+        { 9, 4352, "⌃⌘V" },
+        { 49, 2304, "⌥⌘Space" },
+        { 36, 512, "⇧↩" },
+        { 9, 4864, "⌃⇧⌘V" },
+        { 123, 0, "←" },
+        { 12, 0xFFFFFFFF, "⌃⌥⇧⌘Q" },
+        { 12, 1024, "Q" }, // Caps Lock and other bits show nothing
+        { 48, 0, "⇥" },
+        { 51, 0, "⌫" },
+        { 53, 0, "⎋" },
+        { 124, 0, "→" },
+        { 125, 0, "↓" },
+        { 126, 0, "↑" },
+        { 200, 0, "key(200)" },
+        { 10, 256, "⌘key(10)" },
     };
     for (const auto &c : cases)
         EXPECT_EQ(displayString(c.keyCode, c.modifiers, &us), QString::fromUtf8(c.expected)) << c.keyCode;
@@ -69,12 +69,12 @@ TEST(HotKeyConfigTest, JsonIsExactAndStrict)
     EXPECT_EQ(HotKeyConfig::defaultShortcut().toJson(), QByteArray(R"({"keyCode":9,"modifiers":4352})"));
     EXPECT_EQ(HotKeyConfig::fromJson(R"({"keyCode":9,"modifiers":4352})"), HotKeyConfig::defaultShortcut());
     EXPECT_EQ(HotKeyConfig::fromJson(R"({"modifiers":4294967295,"extra":[1],"keyCode":0})"),
-              (HotKeyConfig{0, 4294967295u}));
-    EXPECT_EQ((HotKeyConfig{4294967295u, 1}).toJson(), QByteArray(R"({"keyCode":4294967295,"modifiers":1})"));
-    for (const char *bad : {R"({"keyCode":9})", R"({"modifiers":4352})", R"({"keyCode":-1,"modifiers":0})",
-                            R"({"keyCode":4294967296,"modifiers":0})", R"({"keyCode":9.5,"modifiers":0})",
-                            R"({"keyCode":"9","modifiers":0})", R"({"keyCode":null,"modifiers":0})",
-                            R"([9,4352])", "", "{", "{\"keyCode\":1e400,\"modifiers\":0}"})
+        (HotKeyConfig { 0, 4294967295u }));
+    EXPECT_EQ((HotKeyConfig { 4294967295u, 1 }).toJson(), QByteArray(R"({"keyCode":4294967295,"modifiers":1})"));
+    for (const char *bad : { R"({"keyCode":9})", R"({"modifiers":4352})", R"({"keyCode":-1,"modifiers":0})",
+             R"({"keyCode":4294967296,"modifiers":0})", R"({"keyCode":9.5,"modifiers":0})",
+             R"({"keyCode":"9","modifiers":0})", R"({"keyCode":null,"modifiers":0})", R"([9,4352])", "", "{",
+             "{\"keyCode\":1e400,\"modifiers\":0}" })
         EXPECT_FALSE(HotKeyConfig::fromJson(bad)) << bad;
 }
 
@@ -82,8 +82,8 @@ TEST(KeyPositionsTest, MapsBothWaysOneToOne)
 {
     // X key codes checked on a real server: v is 55, q 24, a 38, Return 36,
     // Escape 9, Space 65, Backspace 22, Up 111.
-    const std::pair<quint32, quint32> known[] = {{9, 55}, {12, 24}, {0, 38}, {36, 36}, {53, 9},
-                                                 {49, 65}, {51, 22}, {126, 111}, {123, 113}};
+    const std::pair<quint32, quint32> known[] = { { 9, 55 }, { 12, 24 }, { 0, 38 }, { 36, 36 }, { 53, 9 }, { 49, 65 },
+        { 51, 22 }, { 126, 111 }, { 123, 113 } };
     for (const auto &[virtualKey, xKey] : known) {
         EXPECT_EQ(KeyPositions::evdevCode(virtualKey), xKey - 8) << virtualKey;
         EXPECT_EQ(KeyPositions::virtualKeyCode(xKey - 8), virtualKey) << virtualKey;

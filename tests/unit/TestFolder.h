@@ -32,7 +32,7 @@ protected:
     // Permission bits as ls shows them, e.g. 0600.
     static mode_t modeOf(const QString &path)
     {
-        struct stat info {};
+        struct stat info { };
         return ::stat(QFile::encodeName(path).constData(), &info) == 0 ? (info.st_mode & 07777) : 0;
     }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "XkbKeyLayout.h"
 #include "HotKeyConfig.h"
 #include "HotKeyTranslator.h"
-#include "XkbKeyLayout.h"
 
 #include <QProcess>
 #include <QString>
@@ -40,11 +40,11 @@ void PrintTo(const QString &text, std::ostream *out)
 namespace {
 
 using namespace std::chrono_literals;
+using HotKeyTranslator::displayString;
+using HotKeyTranslator::keyName;
 using ::testing::AssertionFailure;
 using ::testing::AssertionResult;
 using ::testing::AssertionSuccess;
-using HotKeyTranslator::displayString;
-using HotKeyTranslator::keyName;
 
 constexpr quint32 controlCommand = HotKeyConfig::Control | HotKeyConfig::Command;
 
@@ -81,9 +81,9 @@ AssertionResult run(const QString &program, const QStringList &arguments)
 // Replaces the server's keymap, dropping the options of earlier tests.
 AssertionResult useLayouts(const QString &layouts, const QString &option = {})
 {
-    QStringList arguments{QStringLiteral("-display"), qEnvironmentVariable("DISPLAY"), QStringLiteral("-model"),
-                          QStringLiteral("pc105"), QStringLiteral("-layout"), layouts,
-                          QStringLiteral("-variant"), QString(), QStringLiteral("-option"), QString()};
+    QStringList arguments { QStringLiteral("-display"), qEnvironmentVariable("DISPLAY"), QStringLiteral("-model"),
+        QStringLiteral("pc105"), QStringLiteral("-layout"), layouts, QStringLiteral("-variant"), QString(),
+        QStringLiteral("-option"), QString() };
     if (!option.isEmpty())
         arguments << QStringLiteral("-option") << option;
     return run(QStringLiteral("setxkbmap"), arguments);
@@ -91,7 +91,7 @@ AssertionResult useLayouts(const QString &layouts, const QString &option = {})
 
 AssertionResult pressKey(const QString &keysym)
 {
-    return run(QStringLiteral("xdotool"), {QStringLiteral("key"), keysym});
+    return run(QStringLiteral("xdotool"), { QStringLiteral("key"), keysym });
 }
 
 struct Locks {
@@ -109,7 +109,7 @@ public:
     {
         if (!xcb_connection_has_error(m_connection) && m_context
             && xkb_x11_setup_xkb_extension(m_connection, XKB_X11_MIN_MAJOR_XKB_VERSION, XKB_X11_MIN_MINOR_XKB_VERSION,
-                                           XKB_X11_SETUP_XKB_EXTENSION_NO_FLAGS, nullptr, nullptr, nullptr, nullptr))
+                XKB_X11_SETUP_XKB_EXTENSION_NO_FLAGS, nullptr, nullptr, nullptr, nullptr))
             m_device = xkb_x11_get_core_keyboard_device_id(m_connection);
     }
     ~ServerKeyboard()
@@ -125,14 +125,15 @@ public:
 
     std::optional<Locks> locks() const
     {
-        xkb_keymap *keymap = xkb_x11_keymap_new_from_device(m_context, m_connection, m_device, XKB_KEYMAP_COMPILE_NO_FLAGS);
+        xkb_keymap *keymap
+            = xkb_x11_keymap_new_from_device(m_context, m_connection, m_device, XKB_KEYMAP_COMPILE_NO_FLAGS);
         if (!keymap)
             return std::nullopt;
         xkb_state *state = xkb_x11_state_new_from_device(keymap, m_connection, m_device);
         std::optional<Locks> result;
         if (state) {
-            result = Locks{xkb_state_mod_name_is_active(state, XKB_MOD_NAME_CAPS, XKB_STATE_MODS_LOCKED) > 0,
-                           xkb_state_serialize_layout(state, XKB_STATE_LAYOUT_EFFECTIVE)};
+            result = Locks { xkb_state_mod_name_is_active(state, XKB_MOD_NAME_CAPS, XKB_STATE_MODS_LOCKED) > 0,
+                xkb_state_serialize_layout(state, XKB_STATE_LAYOUT_EFFECTIVE) };
             xkb_state_unref(state);
         }
         xkb_keymap_unref(keymap);
@@ -160,9 +161,9 @@ public:
     // cannot: it restores the group it found after every key it sends.)
     bool lock(Locks locks) const
     {
-        const xcb_void_cookie_t cookie = xcb_xkb_latch_lock_state_checked(
-            m_connection, static_cast<xcb_xkb_device_spec_t>(m_device), XCB_MOD_MASK_LOCK,
-            locks.capsLock ? XCB_MOD_MASK_LOCK : 0, true, static_cast<uint8_t>(locks.group), 0, false, 0);
+        const xcb_void_cookie_t cookie = xcb_xkb_latch_lock_state_checked(m_connection,
+            static_cast<xcb_xkb_device_spec_t>(m_device), XCB_MOD_MASK_LOCK, locks.capsLock ? XCB_MOD_MASK_LOCK : 0,
+            true, static_cast<uint8_t>(locks.group), 0, false, 0);
         xcb_generic_error_t *error = xcb_request_check(m_connection, cookie);
         std::free(error);
         return !error;
@@ -213,17 +214,15 @@ TEST_F(XkbKeyLayoutTest, FollowsLayoutChangesWithTheSameObject)
 TEST_F(XkbKeyLayoutTest, UsKeyPositionsTypeTheirUsCharacters)
 {
     const std::pair<quint32, char> expected[] = {
-        {0x00, 'a'}, {0x0B, 'b'}, {0x08, 'c'}, {0x02, 'd'}, {0x0E, 'e'}, {0x03, 'f'}, {0x05, 'g'},
-        {0x04, 'h'}, {0x22, 'i'}, {0x26, 'j'}, {0x28, 'k'}, {0x25, 'l'}, {0x2E, 'm'}, {0x2D, 'n'},
-        {0x1F, 'o'}, {0x23, 'p'}, {0x0C, 'q'}, {0x0F, 'r'}, {0x01, 's'}, {0x11, 't'}, {0x20, 'u'},
-        {0x09, 'v'}, {0x0D, 'w'}, {0x07, 'x'}, {0x10, 'y'}, {0x06, 'z'},
-        {0x12, '1'}, {0x13, '2'}, {0x14, '3'}, {0x15, '4'}, {0x17, '5'}, {0x16, '6'}, {0x1A, '7'},
-        {0x1C, '8'}, {0x19, '9'}, {0x1D, '0'}, {0x1B, '-'}, {0x18, '='},
-        {0x21, '['}, {0x1E, ']'}, {0x2A, '\\'}, {0x29, ';'}, {0x27, '\''}, {0x32, '`'},
-        {0x2B, ','}, {0x2F, '.'}, {0x2C, '/'},
-        {0x0A, '<'}, // the extra ISO key, present on the pc105 model
-        {0x31, ' '},
-        {0x43, '*'}, {0x45, '+'}, {0x4E, '-'}, {0x4B, '/'}, // keypad operators
+        { 0x00, 'a' }, { 0x0B, 'b' }, { 0x08, 'c' }, { 0x02, 'd' }, { 0x0E, 'e' }, { 0x03, 'f' }, { 0x05, 'g' },
+        { 0x04, 'h' }, { 0x22, 'i' }, { 0x26, 'j' }, { 0x28, 'k' }, { 0x25, 'l' }, { 0x2E, 'm' }, { 0x2D, 'n' },
+        { 0x1F, 'o' }, { 0x23, 'p' }, { 0x0C, 'q' }, { 0x0F, 'r' }, { 0x01, 's' }, { 0x11, 't' }, { 0x20, 'u' },
+        { 0x09, 'v' }, { 0x0D, 'w' }, { 0x07, 'x' }, { 0x10, 'y' }, { 0x06, 'z' }, { 0x12, '1' }, { 0x13, '2' },
+        { 0x14, '3' }, { 0x15, '4' }, { 0x17, '5' }, { 0x16, '6' }, { 0x1A, '7' }, { 0x1C, '8' }, { 0x19, '9' },
+        { 0x1D, '0' }, { 0x1B, '-' }, { 0x18, '=' }, { 0x21, '[' }, { 0x1E, ']' }, { 0x2A, '\\' }, { 0x29, ';' },
+        { 0x27, '\'' }, { 0x32, '`' }, { 0x2B, ',' }, { 0x2F, '.' }, { 0x2C, '/' },
+        { 0x0A, '<' }, // the extra ISO key, present on the pc105 model
+        { 0x31, ' ' }, { 0x43, '*' }, { 0x45, '+' }, { 0x4E, '-' }, { 0x4B, '/' }, // keypad operators
     };
     for (const auto &[keyCode, latin1] : expected)
         EXPECT_EQ(m_layout->character(keyCode), character(latin1)) << "virtual key code " << keyCode;
@@ -234,7 +233,7 @@ TEST_F(XkbKeyLayoutTest, KeysWithoutACharacterShowTheirCode)
     const KeyLayout *keys = m_layout.get();
     // No position at all, a key the US keymap leaves empty (the Yen key of
     // Japanese keyboards), and a key whose symbol is no character (Home).
-    for (const quint32 keyCode : {52u, 93u, 115u}) {
+    for (const quint32 keyCode : { 52u, 93u, 115u }) {
         EXPECT_EQ(m_layout->character(keyCode), std::nullopt) << "virtual key code " << keyCode;
         EXPECT_EQ(keyName(keyCode, keys), QStringLiteral("key(") + QString::number(keyCode) + u')');
     }
@@ -253,7 +252,7 @@ TEST_F(XkbKeyLayoutTest, KeysWithoutACharacterShowTheirCode)
 TEST_F(XkbKeyLayoutTest, CapsLockDoesNotChangeTheCharacter)
 {
     ASSERT_TRUE(pressKey(QStringLiteral("Caps_Lock")));
-    ASSERT_TRUE(m_keyboard.waitForLocks({.capsLock = true}));
+    ASSERT_TRUE(m_keyboard.waitForLocks({ .capsLock = true }));
 
     EXPECT_EQ(m_layout->character(12), character('q'));
     EXPECT_EQ(m_layout->character(0), character('a'));
@@ -264,19 +263,19 @@ TEST_F(XkbKeyLayoutTest, CapsLockDoesNotChangeTheCharacter)
 TEST_F(XkbKeyLayoutTest, FollowsTheLockedGroup)
 {
     ASSERT_TRUE(useLayouts(QStringLiteral("us,fr"), QStringLiteral("grp:alt_shift_toggle")));
-    ASSERT_TRUE(m_keyboard.waitForLocks({.group = 0}));
+    ASSERT_TRUE(m_keyboard.waitForLocks({ .group = 0 }));
     EXPECT_EQ(m_layout->character(12), character('q'));
     EXPECT_EQ(m_layout->character(33), character('['));
 
-    ASSERT_TRUE(m_keyboard.lock({.group = 1}));
-    ASSERT_TRUE(m_keyboard.waitForLocks({.group = 1}));
+    ASSERT_TRUE(m_keyboard.lock({ .group = 1 }));
+    ASSERT_TRUE(m_keyboard.waitForLocks({ .group = 1 }));
     EXPECT_EQ(displayString(12, controlCommand, m_layout.get()), text("⌃⌘A"));
     EXPECT_EQ(m_layout->character(33), std::nullopt);
     // Keypad keys are defined in the first group only.
     EXPECT_EQ(m_layout->character(0x43), character('*'));
 
-    ASSERT_TRUE(m_keyboard.lock({.group = 0}));
-    ASSERT_TRUE(m_keyboard.waitForLocks({.group = 0}));
+    ASSERT_TRUE(m_keyboard.lock({ .group = 0 }));
+    ASSERT_TRUE(m_keyboard.waitForLocks({ .group = 0 }));
     EXPECT_EQ(m_layout->character(12), character('q'));
 }
 
