@@ -141,7 +141,7 @@ void BM_ReadFile(benchmark::State &state, Shape shape)
 void BM_Load(benchmark::State &state, Shape shape)
 {
     QTemporaryDir dir;
-    const HistoryFolder folder(dir.path());
+    HistoryFolder folder(dir.path());
     folder.save(history(shape));
     for (auto _ : state) {
         const QList<ClipItem> items = folder.load();

@@ -1,27 +1,25 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "HistoryCodec.h"
 
+#include "JsonWriter.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
-
-#include <algorithm>
 
 namespace HistoryCodec {
 
 QByteArray encode(const QList<ClipItem> &items)
 {
     // One allocation in the common case (mostly ASCII text): room for the
-    // texts, the other members, and the worst-case escaping of the longest
-    // text, which each write reserves before it shrinks to what it used.
-    qsizetype expected = 2;
-    qsizetype longest = 0;
+    // texts, the other members, and the worst-case escaping of one chunk,
+    // which each string write reserves before it shrinks to what it used.
+    qsizetype expected = 2 + JsonWriter::worstCaseChunkBytes;
     for (const ClipItem &item : items) {
         const qsizetype textLength = item.fullText ? item.fullText->size() : 0;
         expected += 200 + item.preview.size() + textLength + textLength / 4;
-        longest = std::max(longest, textLength);
     }
     QByteArray out;
-    out.reserve(expected + 6 * longest);
+    out.reserve(expected);
     out += '[';
     for (qsizetype i = 0; i < items.size(); ++i) {
         if (i > 0)

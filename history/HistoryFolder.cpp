@@ -27,20 +27,26 @@ QString HistoryFolder::standardPath()
     return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/Zettly");
 }
 
-QList<ClipItem> HistoryFolder::load() const
+QList<ClipItem> HistoryFolder::load()
 {
     QFile file(m_dbPath);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.exists())
         return {};
-    if (auto items = HistoryCodec::decode(file.readAll()))
-        return std::move(*items);
-    const QString copy = PrivateFiles::keepUnreadableCopy(m_dbPath);
-    qCInfo(lcHistory) << "history file does not decode; kept as" << copy;
+    if (file.open(QIODevice::ReadOnly)) {
+        if (auto items = HistoryCodec::decode(file.readAll()))
+            return std::move(*items);
+    }
+    const QString aside = PrivateFiles::moveAsideUnreadable(m_dbPath);
+    // Saving over a file that could not be moved away would destroy it.
+    m_savesBlocked = aside.isEmpty();
+    qCInfo(lcHistory) << "history file unreadable; moved to" << aside;
     return {};
 }
 
 bool HistoryFolder::save(const QList<ClipItem> &items) const
 {
+    if (m_savesBlocked)
+        return false;
     QString errorText;
     if (PrivateFiles::writeAtomically(m_dbPath, HistoryCodec::encode(items), &errorText))
         return true;

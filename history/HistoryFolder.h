@@ -20,10 +20,11 @@ public:
     QString dbPath() const { return m_dbPath; }
     QString imagesDirPath() const { return m_imagesDirPath; }
 
-    // The history as stored, in file order. A missing or unreadable file gives
-    // an empty history; a file that does not decode is also copied aside
-    // first, so that the next save cannot destroy what it holds.
-    QList<ClipItem> load() const;
+    // The history as stored, in file order. A missing file gives an empty
+    // history. So does one that cannot be read or decoded, after it is moved
+    // aside as "clips.json.unreadable-<date>", so that no save destroys what
+    // it holds; should that move fail, saves are refused for the session.
+    QList<ClipItem> load();
     // Replaces "clips.json" in one step; on failure the file keeps its
     // previous contents.
     bool save(const QList<ClipItem> &items) const;
@@ -39,4 +40,5 @@ private:
     QString m_dirPath;
     QString m_dbPath;
     QString m_imagesDirPath;
+    bool m_savesBlocked = false;
 };

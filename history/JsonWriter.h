@@ -9,6 +9,9 @@
 // several times longer than this for a long history.
 namespace JsonWriter {
 
+// The most a string write reserves beyond what it keeps.
+constexpr qsizetype worstCaseChunkBytes = 6 * 64 * 1024;
+
 // The text as a quoted JSON string in UTF-8. A lone surrogate has no UTF-8
 // form, so it is kept as a \u escape and reads back unchanged.
 void appendString(QByteArray &out, QStringView text);

@@ -22,16 +22,20 @@ UserDefaults::UserDefaults(QString filePath)
 {
     PrivateFiles::removeInterruptedWrites(m_filePath);
     QFile file(m_filePath);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.exists())
         return;
-    QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &error);
-    if (error.error == QJsonParseError::NoError && document.isObject()) {
-        m_values = document.object();
-        return;
+    if (file.open(QIODevice::ReadOnly)) {
+        QJsonParseError error;
+        const QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &error);
+        if (error.error == QJsonParseError::NoError && document.isObject()) {
+            m_values = document.object();
+            return;
+        }
     }
-    const QString copy = PrivateFiles::keepUnreadableCopy(m_filePath);
-    qCInfo(lcSettings) << "unreadable settings file" << m_filePath << "kept as" << copy;
+    const QString aside = PrivateFiles::moveAsideUnreadable(m_filePath);
+    // Writing over a file that could not be moved away would destroy it.
+    m_writesBlocked = aside.isEmpty();
+    qCInfo(lcSettings) << "unreadable settings file moved to" << aside;
 }
 
 bool UserDefaults::contains(const QString &key) const
@@ -105,6 +109,8 @@ void UserDefaults::setBoolean(const QString &key, bool value)
 
 bool UserDefaults::write()
 {
+    if (m_writesBlocked)
+        return false;
     const QString folder = QFileInfo(m_filePath).absolutePath();
     PrivateFiles::ensureFolder(folder);
     QString errorText;

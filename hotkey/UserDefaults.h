@@ -16,8 +16,8 @@
 // an object {"data":"<base64>"}.
 class UserDefaults {
 public:
-    // Reads the file once. A file that cannot be decoded is copied aside
-    // first, so that the next write does not destroy it.
+    // Reads the file once. A file that cannot be read or decoded is moved
+    // aside first, so that the next write does not destroy it.
     explicit UserDefaults(QString filePath);
 
     QString filePath() const { return m_filePath; }
@@ -43,4 +43,5 @@ public:
 private:
     QString m_filePath;
     QJsonObject m_values;
+    bool m_writesBlocked = false;
 };

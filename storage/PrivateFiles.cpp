@@ -5,14 +5,35 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
-#include <QSaveFile>
+
+#include <cerrno>
+#include <cstring>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace PrivateFiles {
 
 namespace {
-constexpr QFileDevice::Permissions ownerReadWrite = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
-constexpr QFileDevice::Permissions ownerOnlyFolder = ownerReadWrite | QFileDevice::ExeOwner;
+
+const QString temporaryInfix = QStringLiteral(".saving-");
+
+bool writeAll(int fd, const QByteArray &contents)
+{
+    const char *data = contents.constData();
+    qsizetype left = contents.size();
+    while (left > 0) {
+        const ssize_t written = ::write(fd, data, size_t(left));
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return false;
+        data += written;
+        left -= written;
+    }
+    return true;
+}
+
 } // namespace
 
 bool ensureFolder(const QString &path)
@@ -21,57 +42,59 @@ bool ensureFolder(const QString &path)
     if (!QFileInfo(path).isDir())
         return false;
     // mkpath obeys the umask; the history must not be readable by others.
-    QFile::setPermissions(path, ownerOnlyFolder);
+    QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     return true;
 }
 
 bool writeAtomically(const QString &path, const QByteArray &contents, QString *errorText)
 {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) {
+    const QByteArray target = QFile::encodeName(path);
+    QByteArray temporary = QFile::encodeName(path + temporaryInfix) + "XXXXXX";
+    // mkostemp creates the file 0600 whatever the umask, so the data is
+    // never readable by others, not even while it is written.
+    const int fd = ::mkostemp(temporary.data(), O_CLOEXEC);
+    if (fd < 0) {
         if (errorText)
-            *errorText = file.errorString();
+            *errorText = QString::fromLocal8Bit(std::strerror(errno));
         return false;
     }
-    // Set before any byte is written, so the data is never readable by others,
-    // not even in the temporary file.
-    file.setPermissions(ownerReadWrite);
-    if (file.write(contents) != contents.size())
-        file.cancelWriting();
-    if (!file.commit()) {
-        if (errorText)
-            *errorText = file.errorString();
-        return false;
+    // Flushed before the rename, so that after a power cut the name points at
+    // the old contents or the whole new ones.
+    bool written = writeAll(fd, contents) && ::fdatasync(fd) == 0;
+    int error = written ? 0 : errno;
+    if (::close(fd) != 0 && written) {
+        written = false;
+        error = errno;
     }
-    return true;
+    if (written && ::rename(temporary.constData(), target.constData()) == 0)
+        return true;
+    if (written)
+        error = errno;
+    ::unlink(temporary.constData());
+    if (errorText)
+        *errorText = QString::fromLocal8Bit(std::strerror(error));
+    return false;
 }
 
 void removeInterruptedWrites(const QString &path)
 {
     const QFileInfo target(path);
-    // QSaveFile names its temporary after the file plus six random letters
-    // and digits.
-    const QRegularExpression temporary(QRegularExpression::anchoredPattern(
-        QRegularExpression::escape(target.fileName()) + QStringLiteral("\\.[A-Za-z0-9]{6}")));
     const QDir folder = target.absoluteDir();
-    for (const QString &name : folder.entryList(QDir::Files | QDir::Hidden)) {
-        if (temporary.match(name).hasMatch())
-            QFile::remove(folder.filePath(name));
-    }
+    const QString pattern = target.fileName() + temporaryInfix + QStringLiteral("??????");
+    for (const QString &name : folder.entryList({ pattern }, QDir::Files | QDir::Hidden))
+        QFile::remove(folder.filePath(name));
 }
 
-QString keepUnreadableCopy(const QString &path)
+QString moveAsideUnreadable(const QString &path)
 {
-    if (!QFileInfo::exists(path))
-        return {};
     const QString stamp = QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss"));
-    QString copy = path + QStringLiteral(".unreadable-") + stamp;
-    for (int n = 2; QFileInfo::exists(copy); ++n)
-        copy = path + QStringLiteral(".unreadable-") + stamp + u'-' + QString::number(n);
-    if (!QFile::copy(path, copy))
+    QString aside = path + QStringLiteral(".unreadable-") + stamp;
+    for (int n = 2; QFileInfo::exists(aside); ++n)
+        aside = path + QStringLiteral(".unreadable-") + stamp + u'-' + QString::number(n);
+    if (!QFile::rename(path, aside))
         return {};
-    QFile::setPermissions(copy, ownerReadWrite);
-    return copy;
+    QFile::setPermissions(aside, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    return aside;
 }
 
 } // namespace PrivateFiles

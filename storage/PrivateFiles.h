@@ -12,19 +12,20 @@ namespace PrivateFiles {
 // umask. Returns false when the folder does not exist afterwards.
 bool ensureFolder(const QString &path);
 
-// Replaces the file's contents in one step (temporary file in the same folder,
-// flushed, renamed over the old one), with mode 0600. On failure the previous
-// contents stay in place and errorText says why.
+// Replaces the file's contents in one step: a temporary file
+// "<name>.saving-XXXXXX" in the same folder, created 0600, written, flushed to
+// disk, then renamed over the old one. On failure the previous contents stay
+// in place and errorText says why.
 bool writeAtomically(const QString &path, const QByteArray &contents, QString *errorText = nullptr);
 
-// Deletes what a write killed half-way left next to the file: QSaveFile's
-// temporary "<name>.XXXXXX". Such a copy would keep clips the user has since
-// deleted. Copies kept by keepUnreadableCopy() are left alone.
+// Deletes the temporary files of writes that were killed half-way. Only names
+// this code makes are touched.
 void removeInterruptedWrites(const QString &path);
 
-// Copies a file that could not be decoded next to itself, as
-// "<name>.unreadable-<UTC date and time>", so that the next save cannot destroy
-// it. Returns the copy's path, or an empty string when nothing was copied.
-QString keepUnreadableCopy(const QString &path);
+// Moves a file that could not be read or decoded out of the way, to
+// "<name>.unreadable-<UTC date and time>", so that the next save cannot
+// destroy it. A rename needs no free space, unlike a copy. Returns the new
+// path, or an empty string when the file could not be moved.
+QString moveAsideUnreadable(const QString &path);
 
 } // namespace PrivateFiles

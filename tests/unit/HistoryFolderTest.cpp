@@ -39,7 +39,7 @@ TEST_F(HistoryFolderTest, FirstStartMakesPrivateFoldersAndSavesPrivately)
 {
     const UmaskGuard openUmask(0);
     const QString dir = path(QStringLiteral("deep/Zettly"));
-    const HistoryFolder folder(dir);
+    HistoryFolder folder(dir);
     EXPECT_TRUE(QFileInfo(folder.imagesDirPath()).isDir());
     EXPECT_EQ(folder.dbPath(), dir + QStringLiteral("/clips.json"));
     EXPECT_EQ(modeOf(dir), 0700u);
@@ -63,7 +63,7 @@ TEST_F(HistoryFolderTest, FirstStartMakesPrivateFoldersAndSavesPrivately)
 
 TEST_F(HistoryFolderTest, LoadsInFileOrderWithoutSortingOrTrimming)
 {
-    const HistoryFolder folder(path(QStringLiteral("Zettly")));
+    HistoryFolder folder(path(QStringLiteral("Zettly")));
     QList<ClipItem> items;
     // Oldest first, pinned in the middle: kept exactly as stored.
     for (int i = 0; i < 300; ++i)
@@ -77,7 +77,7 @@ TEST_F(HistoryFolderTest, LoadsInFileOrderWithoutSortingOrTrimming)
 
 TEST_F(HistoryFolderTest, UndecodableFileIsKeptAsideBeforeAnySave)
 {
-    const HistoryFolder folder(path(QStringLiteral("Zettly")));
+    HistoryFolder folder(path(QStringLiteral("Zettly")));
     const QByteArray damaged = R"([{"id":"0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9","kind":"text","preview":"a",)"
                                R"("pinned":false,"createdAt":1},{"id":"1F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9",)"
                                R"("kind":"link","preview":"b","pinned":false,"createdAt":2}])";
@@ -98,11 +98,17 @@ TEST_F(HistoryFolderTest, UndecodableFileIsKeptAsideBeforeAnySave)
     EXPECT_TRUE(folder.load().isEmpty());
     EXPECT_EQ(QDir(folder.dirPath()).entryList({ QStringLiteral("clips.json.unreadable-*") }).size(), 2);
     EXPECT_EQ(readAll(copy), damaged);
+
+    // What cannot even be opened is moved aside too, before any save.
+    QDir().mkdir(folder.dbPath());
+    EXPECT_TRUE(folder.load().isEmpty());
+    EXPECT_FALSE(QFileInfo::exists(folder.dbPath()));
+    EXPECT_EQ(QDir(folder.dirPath()).entryList({ QStringLiteral("clips.json.unreadable-*") }).size(), 3);
 }
 
 TEST_F(HistoryFolderTest, FailedSaveKeepsThePreviousFile)
 {
-    const HistoryFolder folder(path(QStringLiteral("Zettly")));
+    HistoryFolder folder(path(QStringLiteral("Zettly")));
     ASSERT_TRUE(folder.save({ entry(QStringLiteral("kept")) }));
     const QByteArray before = readAll(folder.dbPath());
 
@@ -125,7 +131,7 @@ TEST_F(HistoryFolderTest, FailedSaveKeepsThePreviousFile)
 
 TEST_F(HistoryFolderTest, ImagePathsStayInsideTheImagesFolder)
 {
-    const HistoryFolder folder(path(QStringLiteral("Zettly")));
+    HistoryFolder folder(path(QStringLiteral("Zettly")));
     const QString outside = path(QStringLiteral("precious.png"));
     writeAll(outside, "keep");
     for (const char *hostile : { "../../precious.png", "../precious.png", "/etc/passwd", "..", ".", "" }) {
@@ -146,14 +152,16 @@ TEST_F(HistoryFolderTest, StartRemovesWhatAKilledSaveLeftBehind)
 {
     const QString dir = path(QStringLiteral("Zettly"));
     QDir().mkpath(dir);
-    const QStringList leftovers { QStringLiteral("clips.json.Ab12Cd"), QStringLiteral("clips.json.zzzzzz") };
-    const QStringList kept { QStringLiteral("clips.json.unreadable-20260101-000000"),
-        QStringLiteral("clips.json.Ab12C"), QStringLiteral("clips.json.Ab12Cd7"), QStringLiteral("clips.jsonxAb12Cd"),
-        QStringLiteral("other.json.Ab12Cd"), QStringLiteral("clips.json") };
-    for (const QString &name : leftovers + kept)
-        writeAll(dir + u'/' + name, "[]");
+    const QStringList leftovers { QStringLiteral("clips.json.saving-Ab12Cd"),
+        QStringLiteral("clips.json.saving-zzzzzz") };
+    // The user's own copies stay, whatever they are called.
+    const QStringList kept { QStringLiteral("clips.json"), QStringLiteral("clips.json.backup"),
+        QStringLiteral("clips.json.saving-Ab12Cd7"), QStringLiteral("clips.json.unreadable-20260101-000000"),
+        QStringLiteral("images"), QStringLiteral("other.json.saving-Ab12Cd") };
+    for (const QString &name : leftovers + kept) {
+        if (name != u"images")
+            writeAll(dir + u'/' + name, "[]");
+    }
     const HistoryFolder folder(dir);
-    QStringList expected = kept + QStringList { QStringLiteral("images") };
-    expected.sort();
-    EXPECT_EQ(QDir(dir).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name), expected);
+    EXPECT_EQ(QDir(dir).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name), kept);
 }

@@ -49,3 +49,9 @@ protected:
 private:
     QTemporaryDir m_dir;
 };
+
+// Readable failure messages for texts.
+inline void PrintTo(const QString &text, std::ostream *out)
+{
+    *out << '"' << text.toStdString() << '"';
+}
