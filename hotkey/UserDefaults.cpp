@@ -38,11 +38,6 @@ UserDefaults::UserDefaults(QString filePath)
     qCInfo(lcSettings) << "unreadable settings file moved to" << aside;
 }
 
-bool UserDefaults::contains(const QString &key) const
-{
-    return m_values.contains(key);
-}
-
 std::optional<QByteArray> UserDefaults::data(const QString &key) const
 {
     const QJsonValue value = m_values.value(key);

@@ -20,9 +20,6 @@ public:
     // aside first, so that the next write does not destroy it.
     explicit UserDefaults(QString filePath);
 
-    QString filePath() const { return m_filePath; }
-    bool contains(const QString &key) const;
-
     // The bytes stored under key as data; nothing for a missing key or a value
     // of another type.
     std::optional<QByteArray> data(const QString &key) const;
