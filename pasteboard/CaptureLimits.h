@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QtGlobal>
+
+// Bounds on what one copy may bring into the history. Larger data is not
+// captured at all: a cut text or a downscaled picture would paste back as
+// something the user never copied.
+namespace CaptureLimits {
+
+// Each text or link, in UTF-8 bytes. Every change rewrites the history file,
+// so one huge text would slow every later save.
+constexpr qint64 maxTextBytes = 16 * 1024 * 1024;
+// A list of copied files, in bytes of its text/uri-list.
+constexpr qint64 maxUriListBytes = 8 * 1024 * 1024;
+// The encoded bytes of one PNG or TIFF picture.
+constexpr qint64 maxImageBytes = 64 * 1024 * 1024;
+// Either side of a picture, in pixels, as its header states it.
+constexpr int maxImageSide = 16384;
+// The most bytes one read of the clipboard transfers for any single type.
+constexpr qint64 maxTransferBytes = maxImageBytes;
+
+} // namespace CaptureLimits
