@@ -1,27 +1,31 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "AppSettings.h"
 #include "ClipboardStore.h"
+#include "ClipboardWatcher.h"
 #include "HistoryFolder.h"
+#include "Workspace.h"
+#include "X11Pasteboard.h"
+#include "X11Workspace.h"
 
-#include <QCoreApplication>
-#include <QTextStream>
+#include <QGuiApplication>
 
 int main(int argc, char *argv[])
 {
-    QCoreApplication app(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("Zettly"));
-    QCoreApplication::setApplicationVersion(QStringLiteral(ZETTLY_VERSION));
+    // The clipboard and the windows are reached through X11, also under
+    // XWayland, until a Wayland backend exists.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "xcb");
+    QGuiApplication app(argc, argv);
+    QGuiApplication::setApplicationName(QStringLiteral("Zettly"));
+    QGuiApplication::setApplicationVersion(QStringLiteral(ZETTLY_VERSION));
+    QGuiApplication::setDesktopFileName(Workspace::ownIdentifier);
+    QGuiApplication::setQuitOnLastWindowClosed(false);
 
     AppSettings &settings = AppSettings::shared();
     ClipboardStore store(settings, HistoryFolder::standardPath());
-
-    // The clipboard watcher and the picker are not wired in yet: say what is
-    // running, then wait.
-    QTextStream(stdout) << QStringLiteral("Zettly %1 : %2 entrées chargées depuis %3, réglages lus dans %4. "
-                                          "En attente (Ctrl+C pour quitter).\n")
-                               .arg(QCoreApplication::applicationVersion())
-                               .arg(store.items().size())
-                               .arg(HistoryFolder::standardPath(), AppSettings::standardFilePath())
-                        << Qt::flush;
+    X11Pasteboard pasteboard;
+    X11Workspace workspace;
+    ClipboardWatcher watcher(pasteboard, workspace, store, settings);
+    watcher.start();
     return app.exec();
 }

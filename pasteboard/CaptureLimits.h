@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QString>
 #include <QtGlobal>
 
 // Bounds on what one copy may bring into the history. Larger data is not
@@ -17,7 +18,11 @@ constexpr qint64 maxUriListBytes = 8 * 1024 * 1024;
 constexpr qint64 maxImageBytes = 64 * 1024 * 1024;
 // Either side of a picture, in pixels, as its header states it.
 constexpr int maxImageSide = 16384;
-// The most bytes one read of the clipboard transfers for any single type.
-constexpr qint64 maxTransferBytes = maxImageBytes;
+// A marker's value, such as "secret".
+constexpr qint64 maxMarkerBytes = 4096;
+
+// The most bytes worth transferring for one type: reading past it would only
+// make a copy that capture then refuses.
+qint64 maxBytes(const QString &mimeType);
 
 } // namespace CaptureLimits

@@ -1,17 +1,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QByteArray>
+#include "ClipboardSnapshot.h"
+
+#include <QList>
 #include <QObject>
-#include <QStringList>
+#include <QUrl>
 
 #include <optional>
 
 class QMimeData;
 
 // The system clipboard as the watcher and paste-back see it. Reads never
-// block: an implementation that must ask another program for the data does
-// so beforehand and serves what it received for the current change count.
+// block: they serve the snapshot published with the current change count,
+// which an implementation that must ask another program for the data reads
+// beforehand.
 class Pasteboard : public QObject {
     Q_OBJECT
 
@@ -20,20 +23,35 @@ public:
 
     // Moves on every change of the clipboard's contents, our own writes and
     // clearing included. Never moves back.
-    virtual qint64 changeCount() const = 0;
-    // The MIME types offered for the current change, in the owner's order.
-    virtual QStringList types() const = 0;
+    qint64 changeCount() const { return m_changeCount; }
+    // The types offered at the current change, in the owner's order.
+    QStringList types() const { return m_snapshot.types; }
     // The bytes of one type, or nothing when the type is not offered, could
     // not be read, or was larger than the capture bounds.
-    virtual std::optional<QByteArray> data(const QString &mimeType) const = 0;
+    std::optional<QByteArray> data(const QString &mimeType) const;
 
-    // Empties the clipboard; the change count moves.
+    // The URLs of the text/uri-list offered, in order; empty when there is
+    // none or it is larger than the capture bounds.
+    QList<QUrl> urls() const;
+    // The text of one type, decoded as UTF-8 (invalid sequences become
+    // U+FFFD); for text/uri-list, its first URL as written.
+    std::optional<QString> string(const QString &mimeType) const;
+
+    // Empties the clipboard; the change count moves before this returns.
     virtual void clearContents() = 0;
-    // Offers the given formats until someone else takes the clipboard; the
-    // change count moves before this returns.
+    // Offers the formats of data, which this takes, until someone else takes
+    // the clipboard; the change count moves before this returns.
     virtual void write(QMimeData *data) = 0;
 
 Q_SIGNALS:
     // The change count moved. Sent synchronously from our own writes.
     void changed();
+
+protected:
+    // Makes the snapshot the clipboard's contents at a new change count.
+    void publish(ClipboardSnapshot snapshot);
+
+private:
+    qint64 m_changeCount = 0;
+    ClipboardSnapshot m_snapshot;
 };

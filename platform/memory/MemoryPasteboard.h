@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Pasteboard.h"
+
+// A clipboard in memory, for tests: other programs' copies are simulated with
+// copy(), our own writes are kept as written.
+class MemoryPasteboard : public Pasteboard {
+    Q_OBJECT
+
+public:
+    using Pasteboard::Pasteboard;
+
+    // Another program took the clipboard with these contents.
+    void copy(ClipboardSnapshot snapshot);
+    // Another program copied this text (text/plain).
+    void copyText(const QString &text);
+
+    void clearContents() override;
+    void write(QMimeData *data) override;
+};

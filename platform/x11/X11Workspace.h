@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Workspace.h"
+
+struct xcb_connection_t;
+
+// The desktop's windows through EWMH: the active window is
+// _NET_ACTIVE_WINDOW, or, without a window manager that sets it, the
+// top-level window holding the input focus. An application is identified by
+// its desktop-entry id (_GTK_APPLICATION_ID, _KDE_NET_WM_DESKTOP_FILE) when
+// the window carries one, else by its WM_CLASS class; windows of this process
+// identify as Workspace::ownIdentifier.
+class X11Workspace : public Workspace {
+public:
+    // Uses Qt's connection: needs a QGuiApplication on the xcb platform.
+    X11Workspace();
+    // Uses a connection owned by someone else, which must outlive this
+    // object. Windows created on it count as our own.
+    explicit X11Workspace(xcb_connection_t *connection);
+
+    std::optional<RunningApp> frontmostApp() const override;
+    void activate(const RunningApp &app) override;
+
+private:
+    // xcb window and atom ids are 32-bit; xcb headers stay out of here.
+    bool hasEwmhManager() const;
+    std::optional<quint32> activeWindow() const;
+    std::optional<quint32> focusedClient() const;
+    std::optional<quint32> topLevelOf(quint32 window) const;
+    quint32 clientOf(quint32 topLevel) const;
+    bool hasWmClass(quint32 window) const;
+    std::optional<RunningApp> identify(quint32 window) const;
+    bool isOwn(quint32 window) const;
+
+    xcb_connection_t *m_connection = nullptr;
+    quint32 m_root = 0;
+    quint32 m_netActiveWindow = 0;
+    quint32 m_netSupportingWmCheck = 0;
+    quint32 m_gtkApplicationId = 0;
+    quint32 m_kdeDesktopFile = 0;
+};

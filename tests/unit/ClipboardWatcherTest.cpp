@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Paste.h"
+#include "PasteboardFixture.h"
+#include "PasteboardTypes.h"
+
+#include <QTest>
+
+namespace {
+
+QList<QUuid> ids(const QList<ClipItem> &items)
+{
+    QList<QUuid> result;
+    for (const ClipItem &item : items)
+        result.append(item.id);
+    return result;
+}
+
+} // namespace
+
+class ClipboardWatcherTest : public PasteboardFixture { };
+
+TEST_F(ClipboardWatcherTest, PollRecordsOnlyChangesAfterConstruction)
+{
+    pasteboard.copyText(u"already there"_s);
+    startWatcher();
+    QTest::qWait(ClipboardWatcher::pollInterval.count() + 300);
+    EXPECT_TRUE(store.items().isEmpty());
+
+    // A change whose notice got lost is still found by the poll.
+    pasteboard.blockSignals(true);
+    pasteboard.copyText(u"notice lost"_s);
+    pasteboard.blockSignals(false);
+    settle();
+    EXPECT_TRUE(store.items().isEmpty());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !store.items().isEmpty(); }, 2 * ClipboardWatcher::pollInterval.count()));
+    EXPECT_EQ(previews(), QStringList { u"notice lost"_s });
+
+    pasteboard.copyText(u"next"_s);
+    settle();
+    EXPECT_EQ(previews(), (QStringList { u"next"_s, u"notice lost"_s }));
+}
+
+TEST_F(ClipboardWatcherTest, EveryCopyIsHandedToTheStoreEvenTheSameText)
+{
+    startWatcher();
+    pasteboard.copyText(u"same"_s);
+    settle();
+    ASSERT_EQ(store.items().size(), 1);
+    // With the first one pinned, the store keeps a second copy: only the
+    // watcher could drop it.
+    store.togglePin(store.items().first().id);
+    pasteboard.copyText(u"same"_s);
+    settle();
+    EXPECT_EQ(previews(), (QStringList { u"same"_s, u"same"_s }));
+    EXPECT_FALSE(store.items().last().pinned);
+}
+
+TEST_F(ClipboardWatcherTest, OwnWriteIsSkippedOnceAndALaterCopyIsNot)
+{
+    startWatcher();
+    pasteboard.copyText(u"older"_s);
+    settle();
+    pasteboard.copyText(u"newer"_s);
+    settle();
+    ASSERT_EQ(previews(), (QStringList { u"newer"_s, u"older"_s }));
+    const QList<QUuid> before = ids(store.items());
+
+    Paste::putOnPasteboard(store.items().last(), store, *watcher);
+    settle();
+    EXPECT_EQ(ids(store.items()), before) << "the pasted entry moved or came back";
+    EXPECT_FALSE(watcher->ownWriteCount());
+
+    // The user copies before the tick has looked at the write back.
+    Paste::putOnPasteboard(store.items().last(), store, *watcher);
+    pasteboard.copyText(u"typed"_s);
+    settle();
+    EXPECT_EQ(previews(), (QStringList { u"typed"_s, u"newer"_s, u"older"_s }));
+    EXPECT_FALSE(watcher->ownWriteCount());
+}
+
+TEST_F(ClipboardWatcherTest, PrivacyRulesApplyOnlyWhileTheSwitchIsOn)
+{
+    struct Row {
+        const char *name;
+        QList<std::pair<QString, QByteArray>> extraTypes;
+        QString frontmost;
+        bool recordedWhenOn;
+    };
+    const QByteArray secret = "secret";
+    const QList<Row> rows {
+        { "concealed marker", { { PasteboardTypes::concealed, {} } }, u"org.kde.kate"_s, false },
+        { "transient marker", { { PasteboardTypes::transient, {} } }, {}, false },
+        { "hint secret", { { PasteboardTypes::passwordManagerHint, secret } }, {}, false },
+        { "hint other value", { { PasteboardTypes::passwordManagerHint, "public" } }, {}, true },
+        { "bitwarden in front", {}, u"com.bitwarden.desktop"_s, false },
+        { "keepassxc in front", {}, u"org.keepassxc.KeePassXC"_s, false },
+        { "identifier differs in case", {}, u"com.Bitwarden.desktop"_s, true },
+        { "other app in front", {}, u"org.kde.kate"_s, true },
+    };
+    startWatcher();
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.name);
+        for (const bool on : { true, false }) {
+            settings.setIgnoreSecretApps(on);
+            if (row.frontmost.isEmpty())
+                workspace.setFrontmostApp(std::nullopt);
+            else
+                workspace.setFrontmostIdentifier(row.frontmost);
+            const QString text = QString::fromLatin1(row.name) + (on ? u" on"_s : u" off"_s);
+            ClipboardSnapshot snapshot = offer({ { PasteboardTypes::string, text.toUtf8() } });
+            for (const auto &[type, bytes] : row.extraTypes) {
+                snapshot.types.append(type);
+                snapshot.data.insert(type, bytes);
+            }
+            pasteboard.copy(snapshot);
+            settle();
+            const bool recorded = !store.items().isEmpty() && store.items().first().preview == text;
+            EXPECT_EQ(recorded, row.recordedWhenOn || !on) << (on ? "switch on" : "switch off");
+        }
+    }
+
+    // A hint offered but unreadable is taken for a secret.
+    settings.setIgnoreSecretApps(true);
+    workspace.setFrontmostApp(std::nullopt);
+    ClipboardSnapshot unreadable = offer({ { PasteboardTypes::string, "hint unreadable" } });
+    unreadable.types.append(PasteboardTypes::passwordManagerHint);
+    pasteboard.copy(unreadable);
+    settle();
+    EXPECT_NE(store.items().first().preview, u"hint unreadable"_s);
+}
+
+TEST_F(ClipboardWatcherTest, SourceAndPasswordManagerAreTakenAtTheTick)
+{
+    startWatcher();
+    workspace.setFrontmostIdentifier(u"org.gnome.TextEditor"_s);
+    pasteboard.copyText(u"from editor"_s);
+    settle();
+    ASSERT_EQ(store.items().size(), 1);
+    EXPECT_EQ(store.items().first().sourceApp, u"org.gnome.TextEditor"_s);
+
+    workspace.setFrontmostApp(RunningApp { 7, std::nullopt });
+    pasteboard.copyText(u"no identifier"_s);
+    settle();
+    EXPECT_EQ(store.items().first().preview, u"no identifier"_s);
+    EXPECT_FALSE(store.items().first().sourceApp);
+
+    // The user left the password manager before the tick.
+    workspace.setFrontmostIdentifier(u"com.bitwarden.desktop"_s);
+    pasteboard.copyText(u"left in time"_s);
+    workspace.setFrontmostIdentifier(u"org.kde.kate"_s);
+    settle();
+    EXPECT_EQ(store.items().first().preview, u"left in time"_s);
+    EXPECT_EQ(store.items().first().sourceApp, u"org.kde.kate"_s);
+
+    workspace.setFrontmostIdentifier(u"com.bitwarden.desktop"_s);
+    pasteboard.copyText(u"hunter2"_s);
+    settle();
+    EXPECT_EQ(store.items().first().preview, u"left in time"_s);
+}

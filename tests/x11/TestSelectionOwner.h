@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+
+#include <memory>
+
+// Owns the CLIPBOARD selection, on an X connection and a thread of its own,
+// and serves the given targets as another program would:
+//
+//   TestSelectionOwner owner({ { "UTF8_STRING", "hello" }, { "x-kde-passwordManagerHint", "secret" } });
+//   ASSERT_TRUE(owner.waitUntilOwner());
+//
+// Data goes in one piece, never INCR: fine up to a few hundred KB (larger
+// data is refused). Use xclip to serve more.
+class TestSelectionOwner {
+public:
+    struct Target {
+        QByteArray name;
+        QByteArray bytes;
+        // False: requests for this target get no answer at all.
+        bool answered = true;
+    };
+
+    enum class Behaviour {
+        Answers,
+        // Refuses TARGETS, serves the targets themselves.
+        RefusesTargets,
+        // Answers nothing, as a frozen program.
+        NeverAnswers,
+    };
+
+    // Takes the selection, offering targets in this order after TARGETS.
+    explicit TestSelectionOwner(QList<Target> targets, Behaviour behaviour = Behaviour::Answers);
+    // Gives the selection up, unless another client has taken it since.
+    ~TestSelectionOwner();
+
+    TestSelectionOwner(const TestSelectionOwner &) = delete;
+    TestSelectionOwner &operator=(const TestSelectionOwner &) = delete;
+
+    // True once the X server names this owner, false if it does not within
+    // timeoutMs (another client took the selection, or there is no server).
+    bool waitUntilOwner(int timeoutMs = 3000) const;
+    // The targets requested so far, TARGETS included, answered or not.
+    QList<QByteArray> requestedTargets() const;
+
+private:
+    struct Server;
+    std::unique_ptr<Server> m_server;
+};

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "X11Pasteboard.h"
+
+#include "PasteboardTypes.h"
+#include "XClip.h"
+
+#include <QMimeData>
+#include <QSignalSpy>
+#include <QTest>
+#include <QUrl>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// Long enough for a late echo of our own write to arrive.
+constexpr int settleMs = 300;
+
+QMimeData *textData(const QString &text)
+{
+    auto *data = new QMimeData;
+    data->setText(text);
+    return data;
+}
+
+} // namespace
+
+// Our writes count as one change each, at once, and never again later; other
+// clients paste what we wrote for as long as we own the clipboard.
+TEST(X11Pasteboard, OwnWritesCountOnceAndAreServedToOthers)
+{
+    X11Pasteboard pasteboard;
+    QSignalSpy changes(&pasteboard, &Pasteboard::changed);
+    const qint64 start = pasteboard.changeCount();
+
+    pasteboard.clearContents();
+    pasteboard.write(textData(QStringLiteral("écrit par Zettly")));
+    EXPECT_EQ(pasteboard.changeCount(), start + 2);
+    EXPECT_EQ(pasteboard.data(PasteboardTypes::string), QByteArray("écrit par Zettly"));
+    EXPECT_EQ(XClip::paste(), QByteArray("écrit par Zettly"));
+
+    auto *files = new QMimeData;
+    files->setUrls(
+        { QUrl::fromLocalFile(QStringLiteral("/tmp/a b.txt")), QUrl::fromLocalFile(QStringLiteral("/tmp/c")) });
+    files->setData(PasteboardTypes::copiedFiles, "copy\nfile:///tmp/a%20b.txt\nfile:///tmp/c");
+    pasteboard.write(files);
+    EXPECT_EQ(XClip::paste(QStringLiteral("x-special/gnome-copied-files")),
+        QByteArray("copy\nfile:///tmp/a%20b.txt\nfile:///tmp/c"));
+    EXPECT_TRUE(XClip::paste(QStringLiteral("text/uri-list")).startsWith("file:///tmp/a%20b.txt"));
+
+    QTest::qWait(settleMs);
+    EXPECT_EQ(pasteboard.changeCount(), start + 3);
+    EXPECT_EQ(changes.count(), 3);
+
+    // A clear leaves nothing for others to paste, and no late echo either.
+    pasteboard.clearContents();
+    QTest::qWait(settleMs);
+    EXPECT_EQ(pasteboard.changeCount(), start + 4);
+    EXPECT_TRUE(pasteboard.types().isEmpty());
+    EXPECT_TRUE(XClip::paste().isEmpty());
+}
+
+// Another client's copy becomes one change, published once its data is in.
+TEST(X11Pasteboard, PublishesOtherClientsCopies)
+{
+    X11Pasteboard pasteboard;
+    QSignalSpy changes(&pasteboard, &Pasteboard::changed);
+    const qint64 start = pasteboard.changeCount();
+
+    XClip::copy("copié ailleurs\n");
+    ASSERT_TRUE(changes.wait(5000));
+    EXPECT_EQ(pasteboard.changeCount(), start + 1);
+    EXPECT_TRUE(pasteboard.types().contains(PasteboardTypes::string));
+    EXPECT_EQ(pasteboard.string(PasteboardTypes::string), QStringLiteral("copié ailleurs\n"));
+
+    // Then ours takes over, then theirs again.
+    pasteboard.write(textData(QStringLiteral("à nous")));
+    XClip::copy("https://example.org/", QStringLiteral("text/uri-list"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return pasteboard.changeCount() == start + 3; }, 5000));
+    EXPECT_EQ(pasteboard.urls(), QList<QUrl> { QUrl(QStringLiteral("https://example.org/")) });
+    QTest::qWait(settleMs);
+    EXPECT_EQ(pasteboard.changeCount(), start + 3);
+}
