@@ -258,3 +258,44 @@ TEST_F(Capture, PngWinsOverTiff)
     EXPECT_EQ(imageBytes(newest()), png);
     EXPECT_EQ(imageFiles().size(), 1);
 }
+
+// Huge, long or malformed copies end in a defined outcome and leave the
+// stored history as it was.
+TEST_F(Capture, HostileCopiesHaveBoundedOutcomes)
+{
+    XClip::copy("avant");
+    ASSERT_TRUE(waitForCount(1));
+    const QString historyFile = dir.filePath(QStringLiteral("Zettly/clips.json"));
+    const auto savedHistory = [&] {
+        QFile file(historyFile);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    const QByteArray before = savedHistory();
+
+    // 50 MB: read up to the bound, then given up; nothing recorded.
+    copyAndSettle(QByteArray(50 * 1024 * 1024, 'x'));
+    EXPECT_TRUE(pasteboard.types().contains(PasteboardTypes::string));
+    EXPECT_EQ(store.items().size(), 1);
+    EXPECT_EQ(savedHistory(), before);
+
+    // 5 MB comes in INCR pieces and is recorded whole.
+    QByteArray large(5 * 1024 * 1024, 'y');
+    large.prepend("début ");
+    XClip::copy(large);
+    ASSERT_TRUE(waitForCount(2));
+    EXPECT_EQ(newest().fullText->toUtf8(), large);
+    EXPECT_EQ(newest().preview.size(), 200);
+
+    XClip::copy("ok \xff\xfe fin");
+    ASSERT_TRUE(waitForCount(3));
+    EXPECT_EQ(newest().fullText, QStringLiteral("ok \uFFFD\uFFFD fin"));
+
+    QByteArray uris;
+    for (int i = 0; i < 10000; ++i)
+        uris += "file:///srv/partage/fichier-" + QByteArray::number(i) + ".txt\r\n";
+    XClip::copy(uris, QStringLiteral("text/uri-list"));
+    ASSERT_TRUE(waitForCount(4));
+    EXPECT_EQ(newest().preview, QStringLiteral("10000 fichiers"));
+    EXPECT_EQ(newest().filePaths.value_or(QStringList()).size(), 10000);
+    EXPECT_EQ(newest().filePaths.value_or(QStringList()).value(9999), QStringLiteral("/srv/partage/fichier-9999.txt"));
+}
