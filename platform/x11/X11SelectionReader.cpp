@@ -19,6 +19,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <thread>
@@ -116,6 +117,10 @@ struct X11SelectionReader::Worker {
     bool fetchAtomNames(const QList<xcb_atom_t> &atoms);
     xcb_atom_t atom(const QByteArray &name) const { return m_atoms.value(name, XCB_NONE); }
 
+    // Waits at most answerTimeout for an event of the owner's that decides
+    // the outcome: decide() gives it, or nothing to go on waiting.
+    template<typename Event>
+    Outcome awaitOwner(uint8_t responseType, const std::function<std::optional<Outcome>(const Event &)> &decide);
     Conversion convert(xcb_atom_t target, qint64 maxBytes);
     Conversion awaitConversion(xcb_atom_t target, xcb_atom_t property, qint64 maxBytes);
     Conversion readIncrementally(xcb_atom_t property, qint64 maxBytes, quint32 announcedBytes);
@@ -469,26 +474,39 @@ Conversion X11SelectionReader::Worker::convert(xcb_atom_t target, qint64 maxByte
     return conversion;
 }
 
-Conversion X11SelectionReader::Worker::awaitConversion(xcb_atom_t target, xcb_atom_t property, qint64 maxBytes)
+template<typename Event>
+Outcome X11SelectionReader::Worker::awaitOwner(
+    uint8_t responseType, const std::function<std::optional<Outcome>(const Event &)> &decide)
 {
     const auto deadline = Clock::now() + answerTimeout;
     for (;;) {
         Reply<xcb_generic_event_t> event;
         const Wait wait = waitForEvent(deadline, event);
         if (wait == Wait::TimedOut)
-            return { Outcome::TimedOut };
+            return Outcome::TimedOut;
         if (wait != Wait::Event)
-            return { Outcome::Abandoned };
-        if ((event->response_type & 0x7f) != XCB_SELECTION_NOTIFY)
+            return Outcome::Abandoned;
+        if ((event->response_type & 0x7f) != responseType)
             continue;
-        const auto *notify = reinterpret_cast<const xcb_selection_notify_event_t *>(event.get());
-        if (notify->requestor != m_window || notify->selection != m_clipboard)
-            continue;
-        if (notify->property == property)
-            break;
-        if (notify->property == XCB_NONE && notify->target == target)
-            return { Outcome::Refused };
+        if (const auto outcome = decide(*reinterpret_cast<const Event *>(event.get())))
+            return *outcome;
     }
+}
+
+Conversion X11SelectionReader::Worker::awaitConversion(xcb_atom_t target, xcb_atom_t property, qint64 maxBytes)
+{
+    const Outcome answer = awaitOwner<xcb_selection_notify_event_t>(
+        XCB_SELECTION_NOTIFY, [&](const xcb_selection_notify_event_t &notify) -> std::optional<Outcome> {
+            if (notify.requestor != m_window || notify.selection != m_clipboard)
+                return std::nullopt;
+            if (notify.property == property)
+                return Outcome::Read;
+            if (notify.property == XCB_NONE && notify.target == target)
+                return Outcome::Refused;
+            return std::nullopt;
+        });
+    if (answer != Outcome::Read)
+        return { answer };
 
     Conversion value = readProperty(property, maxBytes);
     if (value.outcome == Outcome::Read && value.type == m_incr) {
@@ -516,20 +534,14 @@ Conversion X11SelectionReader::Worker::readIncrementally(xcb_atom_t property, qi
     xcb_delete_property(m_connection, m_window, property);
     xcb_flush(m_connection);
     for (;;) {
-        const auto deadline = Clock::now() + answerTimeout;
-        for (;;) {
-            Reply<xcb_generic_event_t> event;
-            const Wait wait = waitForEvent(deadline, event);
-            if (wait == Wait::TimedOut)
-                return { Outcome::TimedOut };
-            if (wait != Wait::Event)
-                return { Outcome::Abandoned };
-            if ((event->response_type & 0x7f) != XCB_PROPERTY_NOTIFY)
-                continue;
-            const auto *notify = reinterpret_cast<const xcb_property_notify_event_t *>(event.get());
-            if (notify->window == m_window && notify->atom == property && notify->state == XCB_PROPERTY_NEW_VALUE)
-                break;
-        }
+        const Outcome chunkReady = awaitOwner<xcb_property_notify_event_t>(
+            XCB_PROPERTY_NOTIFY, [&](const xcb_property_notify_event_t &notify) -> std::optional<Outcome> {
+                if (notify.window == m_window && notify.atom == property && notify.state == XCB_PROPERTY_NEW_VALUE)
+                    return Outcome::Read;
+                return std::nullopt;
+            });
+        if (chunkReady != Outcome::Read)
+            return { chunkReady };
         Conversion chunk = readProperty(property, maxBytes - result.bytes.size());
         if (chunk.outcome != Outcome::Read)
             return chunk;

@@ -48,6 +48,8 @@ struct TestSelectionOwner::Server {
     mutable std::mutex m_mutex;
     QList<QByteArray> m_requested;
 
+    std::chrono::steady_clock::time_point m_requestedAt;
+
     std::thread m_thread;
 };
 
@@ -88,6 +90,7 @@ TestSelectionOwner::TestSelectionOwner(QList<Target> targets, Behaviour behaviou
     }
     xcb_set_selection_owner(s.m_connection, s.m_window, s.m_clipboard, time);
     xcb_flush(s.m_connection);
+    s.m_requestedAt = std::chrono::steady_clock::now();
     s.m_thread = std::thread(&Server::serve, &s);
 }
 
@@ -137,6 +140,11 @@ QList<QByteArray> TestSelectionOwner::requestedTargets() const
 {
     std::lock_guard lock(m_server->m_mutex);
     return m_server->m_requested;
+}
+
+std::chrono::steady_clock::time_point TestSelectionOwner::ownershipRequestedAt() const
+{
+    return m_server->m_requestedAt;
 }
 
 void TestSelectionOwner::Server::serve()

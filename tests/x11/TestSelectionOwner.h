@@ -4,6 +4,7 @@
 #include <QByteArray>
 #include <QList>
 
+#include <chrono>
 #include <memory>
 
 // Owns the CLIPBOARD selection, on an X connection and a thread of its own,
@@ -44,6 +45,9 @@ public:
     bool waitUntilOwner(int timeoutMs = 3000) const;
     // The targets requested so far, TARGETS included, answered or not.
     QList<QByteArray> requestedTargets() const;
+    // When the request taking the selection left for the server: the start of
+    // the copy, for latency measurements. Unset when there was no server.
+    std::chrono::steady_clock::time_point ownershipRequestedAt() const;
 
 private:
     struct Server;

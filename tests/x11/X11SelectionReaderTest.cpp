@@ -8,10 +8,7 @@
 #include <QBuffer>
 #include <QElapsedTimer>
 #include <QEventLoop>
-#include <QFile>
 #include <QImage>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QTimer>
 
 #include <gtest/gtest.h>
@@ -61,43 +58,6 @@ bool waitUntil(const std::function<bool()> &condition)
     return true;
 }
 
-// xclip serving bytes as one target until it is destroyed; it sends data
-// beyond its request size through INCR.
-class Xclip {
-public:
-    Xclip(const QByteArray &bytes, const QString &target)
-    {
-        QFile file(m_folder.filePath(QStringLiteral("copied")));
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-            return;
-        file.close();
-        const xcb_window_t previous = clipboardOwner();
-        m_process.setStandardOutputFile(QProcess::nullDevice());
-        m_process.setStandardErrorFile(QProcess::nullDevice());
-        // -quiet keeps it in the foreground, where it can be stopped.
-        m_process.start(QStringLiteral("xclip"),
-            { QStringLiteral("-selection"), QStringLiteral("clipboard"), QStringLiteral("-quiet"), QStringLiteral("-t"),
-                target, QStringLiteral("-i"), file.fileName() });
-        m_serving = m_process.waitForStarted() && waitUntil([previous] {
-            const xcb_window_t owner = clipboardOwner();
-            return owner != XCB_NONE && owner != previous;
-        });
-    }
-
-    ~Xclip()
-    {
-        m_process.kill();
-        m_process.waitForFinished();
-    }
-
-    bool isServing() const { return m_serving; }
-
-private:
-    QTemporaryDir m_folder;
-    QProcess m_process;
-    bool m_serving = false;
-};
-
 QByteArray png(QSize size)
 {
     QImage image(size, QImage::Format_RGB32);
@@ -108,17 +68,6 @@ QByteArray png(QSize size)
     buffer.open(QIODevice::WriteOnly);
     image.save(&buffer, "PNG");
     return bytes;
-}
-
-// Text whose every line is numbered, so that a lost or repeated chunk shows.
-QByteArray numberedText(qint64 size)
-{
-    QByteArray text;
-    text.reserve(size);
-    for (int line = 0; text.size() < size; ++line)
-        text += "line " + QByteArray::number(line).rightJustified(9, '0') + " of a long copied text\n";
-    text.truncate(size);
-    return text;
 }
 
 class X11SelectionReaderTest : public ::testing::Test {
@@ -184,25 +133,6 @@ TEST_F(X11SelectionReaderTest, EmptyClipboardAndUnreachableServer)
     unreachable.cancel();
 }
 
-TEST_F(X11SelectionReaderTest, XclipTextIsReadByteForByte)
-{
-    const QByteArray texts[] = {
-        "hello",
-        QByteArray("h\xc3\xa9llo \xe2\x80\x94 \xe6\xbc\xa2\xe5\xad\x97 \xf0\x9f\x99\x82\n"),
-        // Invalid UTF-8 and a NUL: kept as they are, decoding comes later.
-        QByteArray("a\xff\xfe\0b\xc3", 6),
-    };
-    for (const QByteArray &text : texts) {
-        SCOPED_TRACE(text.toPercentEncoding().toStdString());
-        Xclip xclip(text, QStringLiteral("UTF8_STRING"));
-        ASSERT_TRUE(xclip.isServing());
-        const std::optional<ClipboardSnapshot> snapshot = read();
-        ASSERT_TRUE(snapshot);
-        EXPECT_EQ(snapshot->types, QStringList { PasteboardTypes::string });
-        EXPECT_EQ(snapshot->data.value(PasteboardTypes::string), text);
-    }
-}
-
 TEST_F(X11SelectionReaderTest, TargetsAreMappedAndTheCapturedOnesRead)
 {
     TestSelectionOwner owner({ { "TIMESTAMP", "" }, { "MULTIPLE", "" }, { "SAVE_TARGETS", "" },
@@ -263,15 +193,6 @@ TEST_F(X11SelectionReaderTest, TextComesFromTheBestTextTarget)
 TEST_F(X11SelectionReaderTest, TiffIsReadOnlyWithoutAUsablePng)
 {
     const QByteArray picture = png({ 120, 80 });
-    {
-        Xclip xclip(picture, PasteboardTypes::png);
-        ASSERT_TRUE(xclip.isServing());
-        const std::optional<ClipboardSnapshot> snapshot = read();
-        ASSERT_TRUE(snapshot);
-        EXPECT_EQ(snapshot->types, QStringList { PasteboardTypes::png });
-        EXPECT_EQ(snapshot->data.value(PasteboardTypes::png), picture);
-    }
-
     const QByteArray tiff("II*\0 stands for a TIFF", 22);
     struct Row {
         const char *name;
@@ -294,32 +215,6 @@ TEST_F(X11SelectionReaderTest, TiffIsReadOnlyWithoutAUsablePng)
         EXPECT_EQ(snapshot->data.value(PasteboardTypes::tiff), row.tiffRead ? tiff : QByteArray());
         EXPECT_EQ(owner.requestedTargets().contains("image/tiff"), row.tiffRead);
     }
-}
-
-TEST_F(X11SelectionReaderTest, LargeTextsComeInChunksUpToTheLimit)
-{
-    const QByteArray large = numberedText(5 * 1024 * 1024);
-    {
-        Xclip xclip(large, QStringLiteral("UTF8_STRING"));
-        ASSERT_TRUE(xclip.isServing());
-        const std::optional<ClipboardSnapshot> snapshot = read(30000);
-        ASSERT_TRUE(snapshot);
-        EXPECT_EQ(snapshot->data.value(PasteboardTypes::string), large);
-    }
-    {
-        Xclip xclip(numberedText(CaptureLimits::maxTextBytes + 1024 * 1024), QStringLiteral("UTF8_STRING"));
-        ASSERT_TRUE(xclip.isServing());
-        const std::optional<ClipboardSnapshot> snapshot = read(30000);
-        ASSERT_TRUE(snapshot);
-        EXPECT_EQ(snapshot->types, QStringList { PasteboardTypes::string });
-        EXPECT_FALSE(snapshot->data.contains(PasteboardTypes::string));
-    }
-    // The abandoned transfer leaves the reader usable.
-    TestSelectionOwner owner({ { "UTF8_STRING", "small" } });
-    ASSERT_TRUE(owner.waitUntilOwner());
-    const std::optional<ClipboardSnapshot> snapshot = read();
-    ASSERT_TRUE(snapshot);
-    EXPECT_EQ(snapshot->data.value(PasteboardTypes::string), "small");
 }
 
 TEST_F(X11SelectionReaderTest, StuckOwnersCostOneTimeoutAndAreLeftForANewCopy)
