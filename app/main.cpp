@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "AppSettings.h"
-#include "ClipboardStore.h"
-#include "ClipboardWatcher.h"
-#include "HistoryFolder.h"
 #include "Workspace.h"
-#include "X11Pasteboard.h"
-#include "X11Workspace.h"
+#include "X11Display.h"
+#include "ZettlyAppDelegate.h"
 
-#include <QGuiApplication>
+#include <QApplication>
+
+#include <cstdio>
 
 int main(int argc, char *argv[])
 {
@@ -15,17 +13,22 @@ int main(int argc, char *argv[])
     // XWayland, until a Wayland backend exists.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "xcb");
-    QGuiApplication app(argc, argv);
-    QGuiApplication::setApplicationName(QStringLiteral("Zettly"));
-    QGuiApplication::setApplicationVersion(QStringLiteral(ZETTLY_VERSION));
-    QGuiApplication::setDesktopFileName(Workspace::ownIdentifier);
-    QGuiApplication::setQuitOnLastWindowClosed(false);
+    if (!X11Display::isReachable()) {
+        std::fputs("zettly : aucun affichage X11 accessible (DISPLAY n'est pas défini ou le serveur ne répond pas) ; "
+                   "Zettly s'ouvre dans une session de bureau X11.\n",
+            stderr);
+        return 1;
+    }
 
-    AppSettings &settings = AppSettings::shared();
-    ClipboardStore store(settings, HistoryFolder::standardPath());
-    X11Pasteboard pasteboard;
-    X11Workspace workspace;
-    ClipboardWatcher watcher(pasteboard, workspace, store, settings);
-    watcher.start();
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Zettly"));
+    QApplication::setApplicationVersion(QStringLiteral(ZETTLY_VERSION));
+    QApplication::setDesktopFileName(Workspace::ownIdentifier);
+    // A tray app: closing the preferences must not end it.
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    ZettlyAppDelegate delegate;
+    if (!delegate.applicationDidFinishLaunching())
+        return 0;
     return app.exec();
 }

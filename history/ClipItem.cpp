@@ -178,6 +178,10 @@ std::optional<ClipItem> ClipItem::fromJson(const QJsonObject &object)
         || !readOptionalList(object, Key::filePaths, item.filePaths)
         || !readOptional(object, Key::sourceApp, item.sourceApp))
         return std::nullopt;
+    // Short texts are their own preview: one shared string instead of two
+    // copies, which for a full history is most of its memory.
+    if (item.fullText && *item.fullText == item.preview)
+        item.preview = *item.fullText;
     return item;
 }
 

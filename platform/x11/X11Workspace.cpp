@@ -78,8 +78,11 @@ X11Workspace::X11Workspace(xcb_connection_t *connection)
     if (!screen.rem)
         return;
 
-    const std::array names
-        = { "_NET_ACTIVE_WINDOW", "_NET_SUPPORTING_WM_CHECK", "_GTK_APPLICATION_ID", "_KDE_NET_WM_DESKTOP_FILE" };
+    // The compositor selection is per screen; like the rest of this class,
+    // it takes the first screen as the one.
+    const std::array names = { "_NET_ACTIVE_WINDOW", "_NET_SUPPORTING_WM_CHECK", "_GTK_APPLICATION_ID",
+        "_KDE_NET_WM_DESKTOP_FILE", "_NET_WM_CM_S0", "_NET_WM_DESKTOP", "_NET_WM_STATE", "_NET_WM_STATE_STICKY",
+        "_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER" };
     std::array<xcb_intern_atom_cookie_t, names.size()> cookies {};
     for (size_t i = 0; i < names.size(); ++i)
         cookies[i] = xcb_intern_atom(m_connection, false, qstrlen(names[i]), names[i]);
@@ -94,6 +97,12 @@ X11Workspace::X11Workspace(xcb_connection_t *connection)
     m_netSupportingWmCheck = atoms[1];
     m_gtkApplicationId = atoms[2];
     m_kdeDesktopFile = atoms[3];
+    m_compositorSelection = atoms[4];
+    m_netWmDesktop = atoms[5];
+    m_netWmState = atoms[6];
+    m_netWmStateSticky = atoms[7];
+    m_netWmStateSkipTaskbar = atoms[8];
+    m_netWmStateSkipPager = atoms[9];
     // Set last: a zero root marks a workspace that could not start.
     m_root = screen.data->root;
 }
@@ -144,6 +153,46 @@ void X11Workspace::activate(const RunningApp &app)
         = xcb_set_input_focus_checked(m_connection, XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
     std::free(xcb_request_check(m_connection, raised));
     std::free(xcb_request_check(m_connection, focused));
+}
+
+bool X11Workspace::hasCompositor() const
+{
+    if (!m_root)
+        return false;
+    const Reply<xcb_get_selection_owner_reply_t> owner(xcb_get_selection_owner_reply(
+        m_connection, xcb_get_selection_owner(m_connection, m_compositorSelection), nullptr));
+    return owner && owner->owner != XCB_WINDOW_NONE;
+}
+
+void X11Workspace::prepareFloatingPanel(quint64 windowId)
+{
+    if (!m_root || !windowId || windowId > std::numeric_limits<xcb_window_t>::max())
+        return;
+    const auto window = static_cast<xcb_window_t>(windowId);
+    const Reply<xcb_get_property_reply_t> current(xcb_get_property_reply(m_connection,
+        xcb_get_property(m_connection, false, window, m_netWmState, XCB_ATOM_ATOM, 0, maxPropertyWords), nullptr));
+    // No reply: the window has gone.
+    if (!current)
+        return;
+
+    QList<xcb_atom_t> states;
+    if (current->type == XCB_ATOM_ATOM && current->format == 32) {
+        const auto *values = static_cast<const xcb_atom_t *>(xcb_get_property_value(current.get()));
+        const int count = xcb_get_property_value_length(current.get()) / 4;
+        states = QList<xcb_atom_t>(values, values + count);
+    }
+    for (const xcb_atom_t state : { m_netWmStateSticky, m_netWmStateSkipTaskbar, m_netWmStateSkipPager }) {
+        if (!states.contains(state))
+            states.append(state);
+    }
+    const uint32_t allDesktops = 0xFFFFFFFF;
+    // Checked, and the errors dropped: the window may vanish meanwhile.
+    const xcb_void_cookie_t stateSet = xcb_change_property_checked(m_connection, XCB_PROP_MODE_REPLACE, window,
+        m_netWmState, XCB_ATOM_ATOM, 32, uint32_t(states.size()), states.constData());
+    const xcb_void_cookie_t desktopSet = xcb_change_property_checked(
+        m_connection, XCB_PROP_MODE_REPLACE, window, m_netWmDesktop, XCB_ATOM_CARDINAL, 32, 1, &allDesktops);
+    std::free(xcb_request_check(m_connection, stateSet));
+    std::free(xcb_request_check(m_connection, desktopSet));
 }
 
 bool X11Workspace::hasEwmhManager() const

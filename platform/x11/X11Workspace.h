@@ -21,6 +21,11 @@ public:
 
     std::optional<RunningApp> frontmostApp() const override;
     void activate(const RunningApp &app) override;
+    // A compositing manager owns _NET_WM_CM_S0.
+    bool hasCompositor() const override;
+    // _NET_WM_DESKTOP on all desktops, and _NET_WM_STATE sticky, skip
+    // taskbar and skip pager added to what the window has.
+    void prepareFloatingPanel(quint64 windowId) override;
 
 private:
     // xcb window and atom ids are 32-bit; xcb headers stay out of here.
@@ -39,4 +44,10 @@ private:
     quint32 m_netSupportingWmCheck = 0;
     quint32 m_gtkApplicationId = 0;
     quint32 m_kdeDesktopFile = 0;
+    quint32 m_compositorSelection = 0;
+    quint32 m_netWmDesktop = 0;
+    quint32 m_netWmState = 0;
+    quint32 m_netWmStateSticky = 0;
+    quint32 m_netWmStateSkipTaskbar = 0;
+    quint32 m_netWmStateSkipPager = 0;
 };

@@ -15,6 +15,7 @@
 #include "Heartbeat.h"
 #include "HistoryFileWatch.h"
 #include "HistoryFolder.h"
+#include "MeasureSupport.h"
 #include "TestSelectionOwner.h"
 #include "X11Pasteboard.h"
 #include "X11Workspace.h"
@@ -108,40 +109,10 @@ std::optional<Options> parseOptions(int argc, char *argv[])
     return options;
 }
 
-// Entries of about 200 characters, each different, newest first.
-QList<ClipItem> filler(qint64 count)
-{
-    QList<ClipItem> items;
-    items.reserve(count);
-    const double now = ClipItem::now();
-    for (qint64 i = 0; i < count; ++i) {
-        QString text = QStringLiteral("Entrée ancienne n° ") + QString::number(i) + QStringLiteral(" : ");
-        while (text.size() < 200)
-            text += QStringLiteral("du texte copié auparavant, ");
-        text.truncate(200);
-        items.append(
-            ClipItem { .kind = ClipKind::Text, .preview = text, .fullText = text, .createdAt = now - double(i) });
-    }
-    return items;
-}
-
 QList<TestSelectionOwner::Target> textTargets(const QString &text)
 {
     const QByteArray utf8 = text.toUtf8();
     return { { "UTF8_STRING", utf8 }, { "text/plain;charset=utf-8", utf8 } };
-}
-
-// Reads a "Name:   123 kB" line of /proc/<pid>/smaps_rollup.
-std::optional<qint64> smapsKiB(qint64 pid, const QByteArray &name)
-{
-    QFile file(QStringLiteral("/proc/%1/smaps_rollup").arg(pid));
-    if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    for (const QByteArray &line : file.readAll().split('\n')) {
-        if (line.startsWith(QByteArray(name + ':')))
-            return line.mid(name.size() + 1).trimmed().split(' ').value(0).toLongLong();
-    }
-    return std::nullopt;
 }
 
 // Another program's copies, made from a thread of their own.
@@ -255,18 +226,6 @@ void measure(CopySession &session)
     }
 }
 
-QString figure(double ms)
-{
-    return QString::number(ms, 'f', 1) + QStringLiteral(" ms");
-}
-
-double median(QList<double> values)
-{
-    std::sort(values.begin(), values.end());
-    const qsizetype middle = values.size() / 2;
-    return values.size() % 2 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
-}
-
 void printLine(const QString &line)
 {
     std::printf("%s\n", line.toUtf8().constData());
@@ -277,9 +236,7 @@ void printSpread(const QString &what, const QList<double> &values, int lost = 0)
     if (values.isEmpty()) {
         printLine(what + QStringLiteral(": none measured"));
     } else {
-        const auto [least, most] = std::minmax_element(values.cbegin(), values.cend());
-        printLine(what + QStringLiteral(" (%1): median ").arg(values.size()) + figure(median(values))
-            + QStringLiteral(", min ") + figure(*least) + QStringLiteral(", max ") + figure(*most));
+        printLine(what + QStringLiteral(" (%1): ").arg(values.size()) + MeasureSupport::spread(values));
     }
     if (lost > 0)
         printLine(QStringLiteral("  LOST: %1 not in clips.json after %2 s").arg(lost).arg(landingTimeout.count()));
@@ -293,14 +250,15 @@ void printResults(const Options &options, const Results &results)
         printLine(QStringLiteral("FAILED: no copy reached clips.json within %1 s").arg(startupTimeout.count()));
         return;
     }
-    printLine(QStringLiteral("first copy to clips.json (not counted): ") + figure(*results.firstCopyMs));
+    printLine(
+        QStringLiteral("first copy to clips.json (not counted): ") + MeasureSupport::figure(*results.firstCopyMs));
     printSpread(QStringLiteral("copy to clips.json"), results.copyMs, results.lostCopies);
     QStringList each;
     for (const double ms : results.copyMs)
         each.append(QString::number(ms, 'f', 1));
     printLine(QStringLiteral("  each, ms: ") + each.join(u' '));
     if (results.idleStallMs) {
-        printLine(QStringLiteral("main-thread stall, idle 500 ms: ") + figure(*results.idleStallMs));
+        printLine(QStringLiteral("main-thread stall, idle 500 ms: ") + MeasureSupport::figure(*results.idleStallMs));
         printSpread(QStringLiteral("main-thread stall per copy"), results.copyStallMs);
     }
     if (options.frozenRuns > 0) {
@@ -348,7 +306,7 @@ int runInProcess(int argc, char *argv[], const Options &options)
     QGuiApplication::setQuitOnLastWindowClosed(false);
     const QString historyPath = home.filePath(QStringLiteral("Zettly"));
     if (options.history > 0)
-        HistoryFolder(historyPath).save(filler(options.history));
+        HistoryFolder(historyPath).save(MeasureSupport::fillerHistory(options.history));
 
     // As main.cpp builds it, on temporary folders.
     AppSettings settings(home.filePath(QStringLiteral("defaults.json")));
@@ -388,11 +346,7 @@ int runApp(int argc, char *argv[], const Options &options)
     const QString configHome = home.filePath(QStringLiteral("config"));
     const QString historyPath = dataHome + QStringLiteral("/Zettly");
     // Also makes the folder, which the watch needs before zettly starts.
-    HistoryFolder folder(historyPath);
-    if (options.history > 0)
-        folder.save(filler(options.history));
-    if (options.history > AppSettings::defaultHistoryLimit)
-        AppSettings(configHome + QStringLiteral("/Zettly/defaults.json")).setHistoryLimit(options.history);
+    MeasureSupport::prefillHistory(historyPath, configHome + QStringLiteral("/Zettly/defaults.json"), options.history);
 
     HistoryFileWatch watch(historyPath);
     if (!watch.isValid())
@@ -414,8 +368,8 @@ int runApp(int argc, char *argv[], const Options &options)
     std::thread copier([&] {
         CopySession session { watch, nullptr, options, results, std::mt19937(1), 0, nullptr };
         measure(session);
-        results.pssKiB = smapsKiB(pid, "Pss");
-        results.rssKiB = smapsKiB(pid, "Rss");
+        results.pssKiB = MeasureSupport::smapsKiB(pid, "Pss");
+        results.rssKiB = MeasureSupport::smapsKiB(pid, "Rss");
         QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
     });
     app.exec();

@@ -1,65 +1,157 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "HistoryCodec.h"
+#include "OtherClient.h"
+#include "RunningZettly.h"
 #include "XClip.h"
 
-#include <QFile>
-#include <QProcess>
-#include <QProcessEnvironment>
-#include <QTemporaryDir>
+#include <QElapsedTimer>
 #include <QTest>
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <optional>
+
 namespace {
 
-// The texts of the history as zettly saved it, newest first. Read without a
-// store: opening one would tidy the folder under the running app's feet.
-QStringList savedTexts(const QString &dataHome)
+bool xdotool(const QStringList &arguments)
 {
-    QFile file(dataHome + QStringLiteral("/Zettly/clips.json"));
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    QStringList texts;
-    for (const ClipItem &item : HistoryCodec::decode(file.readAll()).value_or(QList<ClipItem>()))
-        texts.append(item.fullText.value_or(item.preview));
-    return texts;
+    QProcess process;
+    process.start(QStringLiteral("xdotool"), arguments);
+    return process.waitForFinished(10000) && process.exitCode() == 0;
+}
+
+bool pressShortcut()
+{
+    return xdotool({ QStringLiteral("key"), QStringLiteral("ctrl+super+v") });
+}
+
+bool movePointer(int x, int y)
+{
+    return xdotool({ QStringLiteral("mousemove"), QString::number(x), QString::number(y) });
+}
+
+// The picker panel of that process as it is on screen, if it is.
+std::optional<QRect> panelOf(const OtherClient &display, const QProcess &app)
+{
+    for (const QRect &window : display.visibleWindowsOf(app.processId())) {
+        if (window.size() == QSize(360, 480))
+            return window;
+    }
+    return std::nullopt;
 }
 
 } // namespace
 
-// The real executable, started as a user would, records what another program
-// copies.
 TEST(ZettlyApp, RecordsCopiesFromLaunch)
 {
-    QTemporaryDir home;
-    ASSERT_TRUE(home.isValid());
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("XDG_DATA_HOME"), home.filePath(QStringLiteral("data")));
-    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral("config")));
-    QProcess zettly;
-    zettly.setProcessEnvironment(environment);
-    zettly.setProcessChannelMode(QProcess::ForwardedChannels);
-    zettly.start(QStringLiteral(ZETTLY_APP_PATH), {});
-    ASSERT_TRUE(zettly.waitForStarted());
-
-    // What is on the clipboard before zettly watches it is never recorded,
-    // so copy until a copy lands: then zettly is watching.
-    const QString dataHome = home.filePath(QStringLiteral("data"));
-    int attempt = 0;
-    const bool recorded = QTest::qWaitFor(
-        [&] {
-            XClip::copy("au démarrage " + QByteArray::number(++attempt));
-            QTest::qWait(200);
-            return !savedTexts(dataHome).isEmpty();
-        },
-        15000);
-    ASSERT_TRUE(recorded);
-
+    RunningZettly zettly;
+    QProcess &app = zettly.start();
+    ASSERT_TRUE(zettly.waitUntilRecording());
     XClip::copy("deuxième copie\navec une ligne de plus");
-    EXPECT_TRUE(QTest::qWaitFor(
-        [&] { return savedTexts(dataHome).value(0) == QStringLiteral("deuxième copie\navec une ligne de plus"); },
-        5000));
-    EXPECT_EQ(zettly.state(), QProcess::Running);
-    zettly.terminate();
-    zettly.waitForFinished(5000);
+    EXPECT_TRUE(zettly.waitForNewest(QStringLiteral("deuxième copie\navec une ligne de plus")));
+    EXPECT_EQ(app.state(), QProcess::Running);
+}
+
+// One copy per session: a second one ends at once and quietly, the first
+// goes on; a copy that crashed does not keep the next one from starting.
+TEST(ZettlyApp, RunsOnceAndRecoversFromACrash)
+{
+    RunningZettly zettly;
+    QProcess &first = zettly.start();
+    ASSERT_TRUE(zettly.waitUntilRecording());
+
+    QElapsedTimer timer;
+    timer.start();
+    QProcess &second = zettly.start();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return second.state() == QProcess::NotRunning; }, 5000));
+    std::printf("second copy ended after %lld ms\n", static_cast<long long>(timer.elapsed()));
+    EXPECT_EQ(second.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(second.exitCode(), 0);
+    XClip::copy("toujours là");
+    EXPECT_TRUE(zettly.waitForNewest(QStringLiteral("toujours là")));
+    OtherClient display;
+    ASSERT_TRUE(pressShortcut());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return panelOf(display, first).has_value(); }, 5000));
+
+    ::kill(static_cast<pid_t>(first.processId()), SIGKILL);
+    ASSERT_TRUE(first.waitForFinished(5000));
+    QProcess &next = zettly.start();
+    ASSERT_TRUE(zettly.waitUntilRecording());
+    EXPECT_EQ(next.state(), QProcess::Running);
+}
+
+TEST(ZettlyApp, SaysSoWithoutADisplay)
+{
+    RunningZettly zettly;
+    QProcessEnvironment environment = zettly.environment();
+    environment.remove(QStringLiteral("DISPLAY"));
+    QProcess app;
+    app.setProcessEnvironment(environment);
+    app.start(QStringLiteral(ZETTLY_APP_PATH), {});
+    ASSERT_TRUE(app.waitForFinished(10000));
+    EXPECT_EQ(app.exitCode(), 1);
+    const QList<QByteArray> lines = app.readAllStandardError().trimmed().split('\n');
+    ASSERT_EQ(lines.size(), 1);
+    EXPECT_TRUE(lines.first().contains("DISPLAY"));
+}
+
+// The shortcut opens the panel beside the pointer, inside the screen, and
+// closes it again; so does a click elsewhere. Lock keys do not matter.
+TEST(ZettlyApp, ShortcutTogglesThePanelBesideThePointer)
+{
+    RunningZettly zettly;
+    QProcess &app = zettly.start();
+    ASSERT_TRUE(zettly.waitUntilRecording());
+    OtherClient display;
+    const auto waitForPanel = [&](std::optional<QPoint> topLeft) {
+        return QTest::qWaitFor(
+            [&] {
+                const auto panel = panelOf(display, app);
+                return topLeft ? panel && panel->topLeft() == *topLeft : !panel;
+            },
+            5000);
+    };
+
+    // Xvfb's screen is 1280 × 800, and openbox reserves no part of it.
+    const struct {
+        QPoint pointer;
+        QPoint panel;
+    } placements[] = {
+        { { 400, 300 }, { 408, 304 } },
+        // No room below or to the right: above the pointer, 8 px inside.
+        { { 1270, 790 }, { 912, 302 } },
+    };
+    for (const auto &placement : placements) {
+        ASSERT_TRUE(movePointer(placement.pointer.x(), placement.pointer.y()));
+        ASSERT_TRUE(pressShortcut());
+        EXPECT_TRUE(waitForPanel(placement.panel)) << placement.pointer.x() << ',' << placement.pointer.y();
+        ASSERT_TRUE(pressShortcut());
+        EXPECT_TRUE(waitForPanel(std::nullopt));
+    }
+
+    ASSERT_TRUE(xdotool({ QStringLiteral("key"), QStringLiteral("Num_Lock") }));
+    ASSERT_TRUE(movePointer(100, 100));
+    ASSERT_TRUE(pressShortcut());
+    EXPECT_TRUE(waitForPanel(QPoint(108, 104)));
+    ASSERT_TRUE(xdotool({ QStringLiteral("key"), QStringLiteral("Num_Lock") }));
+
+    display.createWindow("autre", "Autre", { 700, 100, 300, 200 });
+    ASSERT_TRUE(xdotool({ QStringLiteral("mousemove"), QStringLiteral("800"), QStringLiteral("150"),
+        QStringLiteral("click"), QStringLiteral("1") }));
+    EXPECT_TRUE(waitForPanel(std::nullopt));
+}
+
+// A shortcut another program holds leaves Zettly without one, running.
+TEST(ZettlyApp, RunsWithoutTheShortcutWhenAnotherProgramHoldsIt)
+{
+    OtherClient holder;
+    // Control and Super, on the key that types v under Xvfb.
+    ASSERT_TRUE(holder.grabKey(55, (1 << 2) | (1 << 6)));
+    RunningZettly zettly;
+    QProcess &app = zettly.start();
+    ASSERT_TRUE(zettly.waitUntilRecording());
+    ASSERT_TRUE(pressShortcut());
+    QTest::qWait(500);
+    EXPECT_FALSE(panelOf(holder, app));
+    EXPECT_EQ(app.state(), QProcess::Running);
 }

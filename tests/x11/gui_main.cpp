@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <QGuiApplication>
+#include <QApplication>
 #include <QStandardPaths>
 
 #include <gtest/gtest.h>
@@ -21,6 +21,6 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "Run these tests through tests/x11/with-xvfb.sh, not on a desktop's display\n");
         return 1;
     }
-    QGuiApplication app(argc, argv);
+    QApplication app(argc, argv);
     return RUN_ALL_TESTS();
 }

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "AppCore.h"
+
+#include "AppSettings.h"
+#include "ClipboardWatcher.h"
+#include "GlobalHotKey.h"
+#include "PanelController.h"
+#include "PickerPlaceholder.h"
+#include "SettingsWindow.h"
+#include "StatusMenu.h"
+#include "UpdaterController.h"
+
+#include <QCoreApplication>
+#include <QPointer>
+
+namespace {
+
+QPointer<AppCore> sharedCore;
+
+} // namespace
+
+AppCore::AppCore(AppSettings &settings, const QString &historyDir, PlatformServices platform, QObject *parent)
+    : QObject(parent)
+    , m_settings(settings)
+    , m_store(settings, historyDir)
+    , m_platform(platform)
+{
+}
+
+AppCore::~AppCore() = default;
+
+AppCore *AppCore::shared()
+{
+    return sharedCore;
+}
+
+void AppCore::start()
+{
+    sharedCore = this;
+    m_panelController = std::make_unique<PanelController>(new PickerPlaceholder(m_store), m_platform.workspace);
+    m_watcher = std::make_unique<ClipboardWatcher>(m_platform.pasteboard, m_platform.workspace, m_store, m_settings);
+    m_watcher->start();
+    m_hotkey = std::make_unique<GlobalHotKey>(m_platform.keyGrabber);
+    applyHotkey();
+    connect(&m_settings, &AppSettings::hotkeyChanged, this, &AppCore::applyHotkey);
+    // Its first access starts the automatic checks.
+    UpdaterController::shared();
+    m_statusMenu = std::make_unique<StatusMenu>(*this);
+}
+
+void AppCore::applyHotkey()
+{
+    if (!m_hotkey)
+        return;
+    const HotKeyConfig shortcut = m_settings.hotkey();
+    m_hotkey->registerHotKey(shortcut.keyCode, shortcut.modifiers, [core = QPointer<AppCore>(this)] {
+        if (core)
+            core->togglePanelAction();
+    });
+}
+
+void AppCore::togglePanelAction()
+{
+    if (!m_panelController)
+        return;
+    if (m_panelController->isShown())
+        m_panelController->hide();
+    else
+        m_panelController->showNearCursor();
+}
+
+void AppCore::openSettingsAction()
+{
+    SettingsWindow::shared().show();
+}
+
+void AppCore::checkUpdatesAction()
+{
+    UpdaterController::shared().checkForUpdates();
+}
+
+void AppCore::quit()
+{
+    QCoreApplication::quit();
+}

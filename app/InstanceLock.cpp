@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "InstanceLock.h"
+
+#include "Workspace.h"
+
+#include <QStandardPaths>
+
+InstanceLock::InstanceLock()
+    : m_lock(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + u'/' + Workspace::ownIdentifier
+        + QStringLiteral(".lock"))
+{
+    // Only a dead owner makes the lock stale: a copy that has run for hours
+    // still holds it.
+    m_lock.setStaleLockTime(0);
+}

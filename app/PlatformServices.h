@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+class KeyGrabber;
+class Pasteboard;
+class Workspace;
+
+// What the running app needs of the desktop, picked once by the process
+// entry: X11 in the app, in memory in tests.
+struct PlatformServices {
+    Pasteboard &pasteboard;
+    Workspace &workspace;
+    KeyGrabber &keyGrabber;
+};

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "StatusMenu.h"
+
+#include "AppCore.h"
+
+#include <QIcon>
+
+StatusMenu::StatusMenu(AppCore &core)
+{
+    // Ctrl stands where a Mac menu shows Command; the keys only label the
+    // items, as a tray menu has no shortcuts of its own.
+    m_menu.addAction(
+        QStringLiteral("Ouvrir Zettly"), QKeySequence(QStringLiteral("Ctrl+V")), &core, &AppCore::togglePanelAction);
+    m_menu.addSeparator();
+    m_menu.addAction(
+        QStringLiteral("Préférences…"), QKeySequence(QStringLiteral("Ctrl+,")), &core, &AppCore::openSettingsAction);
+    m_menu.addAction(QStringLiteral("Rechercher les mises à jour…"), &core, &AppCore::checkUpdatesAction);
+    m_menu.addSeparator();
+    m_menu.addAction(QStringLiteral("Quitter Zettly"), QKeySequence(QStringLiteral("Ctrl+Q")), &core, &AppCore::quit);
+
+    // The theme's clipboard, else the icon installed with the app.
+    m_trayIcon.setIcon(QIcon::fromTheme(QStringLiteral("edit-paste"),
+        QIcon::fromTheme(QStringLiteral("com.marovelin.zettly"), QIcon(QStringLiteral(":/icons/zettly.svg")))));
+    m_trayIcon.setToolTip(QStringLiteral("Zettly"));
+    m_trayIcon.setContextMenu(&m_menu);
+    m_trayIcon.show();
+}

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QMenu>
+#include <QSystemTrayIcon>
+
+class AppCore;
+
+// The tray icon and its menu. Without a tray host the icon silently does not
+// appear; the shortcut still opens the picker.
+class StatusMenu {
+public:
+    explicit StatusMenu(AppCore &core);
+
+    QMenu &menu() { return m_menu; }
+    QSystemTrayIcon &trayIcon() { return m_trayIcon; }
+
+private:
+    QMenu m_menu;
+    QSystemTrayIcon m_trayIcon;
+};

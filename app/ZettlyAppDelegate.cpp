@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ZettlyAppDelegate.h"
+
+#include "AppCore.h"
+#include "AppSettings.h"
+#include "HistoryFolder.h"
+#include "X11KeyGrabber.h"
+#include "X11Pasteboard.h"
+#include "X11Workspace.h"
+
+#include <malloc.h>
+
+ZettlyAppDelegate::ZettlyAppDelegate() = default;
+
+ZettlyAppDelegate::~ZettlyAppDelegate() = default;
+
+bool ZettlyAppDelegate::applicationDidFinishLaunching()
+{
+    // Before the history is opened: loading tidies the folder, which must not
+    // happen under the running copy's feet.
+    if (!m_instanceLock.tryLock())
+        return false;
+    m_pasteboard = std::make_unique<X11Pasteboard>();
+    m_workspace = std::make_unique<X11Workspace>();
+    m_keyGrabber = std::make_unique<X11KeyGrabber>();
+    m_core = std::make_unique<AppCore>(AppSettings::shared(), HistoryFolder::standardPath(),
+        PlatformServices { *m_pasteboard, *m_workspace, *m_keyGrabber });
+    m_core->start();
+    // Decoding the history file peaks at several times its size; give what
+    // the allocator kept back to the system, as Zettly then idles for hours.
+    malloc_trim(0);
+    return true;
+}

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "InstanceLock.h"
+
+#include <memory>
+
+class AppCore;
+class X11KeyGrabber;
+class X11Pasteboard;
+class X11Workspace;
+
+// Starts the app as one instance per user session, on X11.
+class ZettlyAppDelegate {
+public:
+    ZettlyAppDelegate();
+    ~ZettlyAppDelegate();
+
+    // False when another copy already runs: this one then ends at once,
+    // having touched neither the history nor the clipboard.
+    bool applicationDidFinishLaunching();
+
+private:
+    InstanceLock m_instanceLock;
+    std::unique_ptr<X11Pasteboard> m_pasteboard;
+    std::unique_ptr<X11Workspace> m_workspace;
+    std::unique_ptr<X11KeyGrabber> m_keyGrabber;
+    std::unique_ptr<AppCore> m_core;
+};

@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// The X server of the session, as $DISPLAY names it.
+namespace X11Display {
+
+// Whether a connection can be made, checked before Qt tries: Qt aborts
+// with a long message when it cannot connect.
+bool isReachable();
+
+} // namespace X11Display

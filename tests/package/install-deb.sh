@@ -1,0 +1,67 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
+# Builds the .deb, installs it with apt as a user would, checks where its
+# files land and that the installed zettly records a copy under Xvfb, then
+# removes the package again.
+#
+#   install-deb.sh <build folder> <with-xvfb.sh>
+#
+# Exit status 77 (skipped) without root or password-less sudo: installing a
+# package changes the machine.
+set -euo pipefail
+build=$1
+withXvfb=$2
+
+sudo=""
+if [ "$(id -u)" -ne 0 ]; then
+    sudo -n true 2>/dev/null || { echo "needs root or password-less sudo: skipped"; exit 77; }
+    sudo="sudo -n"
+fi
+if dpkg-query -W -f='${Status}' zettly 2>/dev/null | grep -q 'install ok installed'; then
+    echo "a zettly package is already installed here: skipped, to leave it alone"
+    exit 77
+fi
+
+work=$(mktemp -d "${TMPDIR:-/tmp}/zettly-deb.XXXXXX")
+cleanup() {
+    $sudo env DEBIAN_FRONTEND=noninteractive apt-get remove -y -qq zettly >/dev/null 2>&1 || true
+    rm -rf "$work"
+}
+trap cleanup EXIT
+
+(cd "$build" && cpack -G DEB -B "$work" >"$work/cpack.log") || { cat "$work/cpack.log"; exit 1; }
+deb=$(ls "$work"/zettly_*.deb)
+echo "built ${deb##*/}"
+dpkg-deb --field "$deb" Depends
+
+$sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq "$deb" >"$work/apt.log" 2>&1 \
+    || { cat "$work/apt.log"; exit 1; }
+
+for file in /usr/bin/zettly \
+    /usr/share/applications/com.marovelin.zettly.desktop \
+    /etc/xdg/autostart/com.marovelin.zettly.desktop \
+    /usr/share/icons/hicolor/scalable/apps/com.marovelin.zettly.svg; do
+    [ -e "$file" ] || { echo "missing after install: $file"; exit 1; }
+done
+if command -v desktop-file-validate >/dev/null; then
+    desktop-file-validate /usr/share/applications/com.marovelin.zettly.desktop
+fi
+
+# The installed program, on a home of its own, records what xclip copies.
+mkdir -p "$work/home/data" "$work/home/config" "$work/home/runtime"
+chmod 700 "$work/home/runtime"
+export XDG_DATA_HOME="$work/home/data" XDG_CONFIG_HOME="$work/home/config" XDG_RUNTIME_DIR="$work/home/runtime"
+"$withXvfb" -- bash -c '
+    /usr/bin/zettly & app=$!
+    trap "kill $app 2>/dev/null" EXIT
+    for attempt in $(seq 1 50); do
+        echo -n "installé $attempt" | xclip -selection clipboard -i
+        sleep 0.2
+        if grep -q "installé" "$XDG_DATA_HOME/Zettly/clips.json" 2>/dev/null; then
+            echo "the installed zettly recorded a copy"
+            exit 0
+        fi
+    done
+    echo "the installed zettly recorded nothing"
+    exit 1
+'

@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "UpdateChecker.h"
+#include "AppcastFeed.h"
+#include "LocalFeedServer.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+#include <optional>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+struct Outcomes {
+    explicit Outcomes(UpdateChecker &checker)
+        : found(&checker, &UpdateChecker::updateFound)
+        , none(&checker, &UpdateChecker::noUpdateFound)
+        , failed(&checker, &UpdateChecker::checkFailed)
+    {
+    }
+    qsizetype count() const { return found.size() + none.size() + failed.size(); }
+    bool wait() const
+    {
+        return QTest::qWaitFor([this] { return count() > 0; }, 30000);
+    }
+
+    QSignalSpy found;
+    QSignalSpy none;
+    QSignalSpy failed;
+};
+
+const QByteArray newerFeed = appcastFeed(appcastItem("4", "1.4", "https://example.com/zettly-1.4.deb")
+    + appcastItem("12", "2.0", "https://example.com/zettly-2.0.deb")
+    + appcastItem("6", "1.6", "https://example.com/zettly-1.6.deb"));
+
+} // namespace
+
+TEST(UpdateChecker, ReportsNewerSameOlderAndEveryFailure)
+{
+    LocalFeedServer server;
+    server.answer("/newer.xml", 200, newerFeed);
+    server.answer("/same.xml", 200, appcastFeed(appcastItem("5.0", "1.5", "https://example.com/a")));
+    server.answer("/older.xml", 200, appcastFeed(appcastItem("4.9", "1.4", "https://example.com/a")));
+    server.answer("/html.xml", 200, "<html><body>Bienvenue</body></html>");
+    server.answer("/huge.xml", 200,
+        appcastFeed(appcastItem("12", "2.0", "https://example.com/a")) + "<!--"
+            + QByteArray(UpdateChecker::maximumFeedSize, 'x') + "-->");
+    server.answer("/closed.xml", LocalFeedServer::closeUnanswered);
+    server.answer("/silent.xml", LocalFeedServer::neverAnswer);
+    server.redirect("/moved.xml", "/moved-again.xml");
+    server.redirect("/moved-again.xml", server.url(QStringLiteral("/newer.xml")).toEncoded());
+    server.redirect("/to-https.xml", server.url(QStringLiteral("/newer.xml")).toEncoded().replace("http:", "https:"));
+    server.redirect("/loop.xml", "/loop.xml");
+
+    using F = UpdateChecker::Failure;
+    struct Case {
+        const char *name;
+        QUrl url;
+        int found;
+        int none;
+        std::optional<F> failure;
+    };
+    const Case cases[] = {
+        { "newest item is newer", server.url(QStringLiteral("/newer.xml")), 1, 0, {} },
+        { "same version", server.url(QStringLiteral("/same.xml")), 0, 1, {} },
+        { "older version", server.url(QStringLiteral("/older.xml")), 0, 1, {} },
+        { "redirects on the same server", server.url(QStringLiteral("/moved.xml")), 1, 0, {} },
+        { "redirect to another scheme", server.url(QStringLiteral("/to-https.xml")), 0, 0, F::BadAddress },
+        { "endless redirects", server.url(QStringLiteral("/loop.xml")), 0, 0, F::HttpError },
+        { "not found", server.url(QStringLiteral("/missing.xml")), 0, 0, F::HttpError },
+        { "closed unanswered", server.url(QStringLiteral("/closed.xml")), 0, 0, F::Unreachable },
+        { "never answers", server.url(QStringLiteral("/silent.xml")), 0, 0, F::Unreachable },
+        { "nothing listening", LocalFeedServer::deadUrl(), 0, 0, F::Unreachable },
+        { "a web page", server.url(QStringLiteral("/html.xml")), 0, 0, F::InvalidFeed },
+        { "larger than allowed", server.url(QStringLiteral("/huge.xml")), 0, 0, F::InvalidFeed },
+        { "ftp", QUrl(QStringLiteral("ftp://127.0.0.1/appcast.xml")), 0, 0, F::BadAddress },
+    };
+    for (const Case &c : cases) {
+        UpdateChecker checker(c.url, QStringLiteral("5"));
+        checker.setTimeout(2s);
+        const Outcomes outcomes(checker);
+        checker.check();
+        ASSERT_TRUE(outcomes.wait()) << c.name;
+        EXPECT_EQ(outcomes.count(), 1) << c.name;
+        EXPECT_FALSE(checker.isChecking()) << c.name;
+        ASSERT_EQ(outcomes.found.size(), c.found) << c.name;
+        EXPECT_EQ(outcomes.none.size(), c.none) << c.name;
+        if (c.failure) {
+            ASSERT_EQ(outcomes.failed.size(), 1) << c.name;
+            EXPECT_EQ(outcomes.failed[0][0].value<F>(), *c.failure) << c.name;
+            EXPECT_FALSE(outcomes.failed[0][1].toString().isEmpty()) << c.name;
+        }
+        if (c.found) {
+            EXPECT_EQ(outcomes.found[0][0].value<AppcastRelease>(),
+                (AppcastRelease { QStringLiteral("12"), QStringLiteral("2.0"),
+                    QUrl(QStringLiteral("https://example.com/zettly-2.0.deb")) }))
+                << c.name;
+        }
+    }
+}
+
+TEST(UpdateChecker, OneCheckAtATimeThenAgain)
+{
+    LocalFeedServer server;
+    server.answer("/appcast.xml", 200, newerFeed);
+    UpdateChecker checker(server.url(QStringLiteral("/appcast.xml")), QStringLiteral("5"));
+    const Outcomes outcomes(checker);
+    checker.check();
+    checker.check();
+    ASSERT_TRUE(outcomes.wait());
+    checker.check();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return outcomes.count() == 2; }, 30000));
+    EXPECT_EQ(outcomes.found.size(), 2);
+    EXPECT_EQ(server.requests(), 2);
+}

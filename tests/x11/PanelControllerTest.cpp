@@ -1,0 +1,355 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "PanelController.h"
+#include "ClipPanel.h"
+#include "X11Workspace.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QProcess>
+#include <QTest>
+#include <QWindow>
+
+#include <gtest/gtest.h>
+
+#include <xcb/xcb.h>
+
+#include <array>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <string_view>
+
+using namespace std::string_view_literals;
+
+void PrintTo(const RunningApp &app, std::ostream *out)
+{
+    *out << "{window " << app.windowId << ", " << (app.identifier ? app.identifier->toStdString() : "no identifier")
+         << '}';
+}
+
+void PrintTo(const QRect &rect, std::ostream *out)
+{
+    *out << rect.x() << ',' << rect.y() << ' ' << rect.width() << 'x' << rect.height();
+}
+
+namespace {
+
+struct Disconnect {
+    void operator()(xcb_connection_t *connection) const { xcb_disconnect(connection); }
+};
+using Connection = std::unique_ptr<xcb_connection_t, Disconnect>;
+template<typename T> using Reply = std::unique_ptr<T, decltype(&std::free)>;
+
+// Long enough for a window manager on a busy machine; checks poll.
+constexpr int patience = 10'000;
+// Qt waits this long for the focus to come back before it reports it lost;
+// waiting longer shows that nothing happens.
+constexpr int quietSpell = 1'000;
+
+xcb_atom_t atom(xcb_connection_t *connection, std::string_view name)
+{
+    const Reply<xcb_intern_atom_reply_t> reply(
+        xcb_intern_atom_reply(connection, xcb_intern_atom(connection, false, name.size(), name.data()), nullptr),
+        &std::free);
+    return reply ? reply->atom : XCB_ATOM_NONE;
+}
+
+const xcb_screen_t &screen(xcb_connection_t *connection)
+{
+    return *xcb_setup_roots_iterator(xcb_get_setup(connection)).data;
+}
+
+void sync(xcb_connection_t *connection)
+{
+    std::free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+}
+
+// Another application's window, mapped over the top-left of the screen.
+xcb_window_t createForeignWindow(xcb_connection_t *connection)
+{
+    const xcb_window_t window = xcb_generate_id(connection);
+    const uint32_t background = screen(connection).white_pixel;
+    xcb_create_window(connection, XCB_COPY_FROM_PARENT, window, screen(connection).root, 20, 20, 500, 400, 0,
+        XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL, &background);
+    // WM_NORMAL_HINTS with "user-specified position and size": the window
+    // manager places it where asked.
+    std::array<uint32_t, 18> sizeHints {};
+    sizeHints[0] = 1 | 2;
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, 32,
+        sizeHints.size(), sizeHints.data());
+    constexpr std::string_view wmClass = "foreign\0Foreign\0"sv;
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
+        wmClass.size(), wmClass.data());
+    xcb_map_window(connection, window);
+    sync(connection);
+    return window;
+}
+
+// Where the window really is, in root coordinates.
+QRect rootGeometry(xcb_connection_t *connection, xcb_window_t window)
+{
+    const Reply<xcb_translate_coordinates_reply_t> origin(
+        xcb_translate_coordinates_reply(
+            connection, xcb_translate_coordinates(connection, window, screen(connection).root, 0, 0), nullptr),
+        &std::free);
+    const Reply<xcb_get_geometry_reply_t> geometry(
+        xcb_get_geometry_reply(connection, xcb_get_geometry(connection, window), nullptr), &std::free);
+    if (!origin || !geometry)
+        return {};
+    return { origin->dst_x, origin->dst_y, geometry->width, geometry->height };
+}
+
+bool isViewable(xcb_connection_t *connection, xcb_window_t window)
+{
+    const Reply<xcb_get_window_attributes_reply_t> attributes(
+        xcb_get_window_attributes_reply(connection, xcb_get_window_attributes(connection, window), nullptr),
+        &std::free);
+    return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+}
+
+xcb_window_t inputFocus(xcb_connection_t *connection)
+{
+    const Reply<xcb_get_input_focus_reply_t> reply(
+        xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr), &std::free);
+    return reply ? reply->focus : XCB_WINDOW_NONE;
+}
+
+QList<quint32> cardinals(xcb_connection_t *connection, xcb_window_t window, std::string_view property)
+{
+    const Reply<xcb_get_property_reply_t> reply(
+        xcb_get_property_reply(connection,
+            xcb_get_property(connection, false, window, atom(connection, property), XCB_GET_PROPERTY_TYPE_ANY, 0, 64),
+            nullptr),
+        &std::free);
+    if (!reply || reply->format != 32)
+        return {};
+    const auto *values = static_cast<const quint32 *>(xcb_get_property_value(reply.get()));
+    return QList<quint32>(values, values + xcb_get_property_value_length(reply.get()) / 4);
+}
+
+bool xdotool(const QStringList &arguments)
+{
+    return QProcess::execute(QStringLiteral("xdotool"), arguments) == 0;
+}
+
+bool movePointer(QPoint position)
+{
+    return xdotool({ QStringLiteral("mousemove"), QString::number(position.x()), QString::number(position.y()) })
+        && QTest::qWaitFor([&] { return QCursor::pos() == position; }, patience);
+}
+
+bool clickAt(QPoint position)
+{
+    return movePointer(position) && xdotool({ QStringLiteral("click"), QStringLiteral("1") });
+}
+
+class PanelControllerTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_FALSE(cardinals(other.get(), screen(other.get()).root, "_NET_SUPPORTING_WM_CHECK").isEmpty())
+            << "needs a window manager";
+        foreign = createForeignWindow(other.get());
+        X11Workspace(other.get()).activate({ foreign, std::nullopt });
+        ASSERT_TRUE(QTest::qWaitFor([&] { return inputFocus(other.get()) == foreign; }, patience));
+    }
+
+    // The app never destroys a panel with the focus; here it would leave
+    // Qt's focus bookkeeping to the next test.
+    void TearDown() override
+    {
+        controller.hide();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return !controller.panel().isVisible(); }, patience));
+    }
+
+    // A compositor's selection, held without compositing: the panel then
+    // fades and draws translucent.
+    void pretendCompositor()
+    {
+        const xcb_window_t owner = xcb_generate_id(other.get());
+        xcb_create_window(other.get(), XCB_COPY_FROM_PARENT, owner, screen(other.get()).root, 0, 0, 1, 1, 0,
+            XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+        xcb_set_selection_owner(other.get(), owner, atom(other.get(), "_NET_WM_CM_S0"), XCB_CURRENT_TIME);
+        sync(other.get());
+        ASSERT_TRUE(workspace.hasCompositor());
+    }
+
+    xcb_window_t panelWindow() const { return xcb_window_t(controller.panel().winId()); }
+    bool panelHasFocus() const
+    {
+        return inputFocus(other.get()) == panelWindow()
+            && QGuiApplication::focusWindow() == controller.panel().windowHandle();
+    }
+
+    bool showAt(QPoint pointer)
+    {
+        if (!movePointer(pointer))
+            return false;
+        controller.showNearCursor();
+        return QTest::qWaitFor([&] { return isViewable(other.get(), panelWindow()) && panelHasFocus(); }, patience);
+    }
+
+    // Our own other window, as the preferences will be, clicked.
+    bool focusPreferences()
+    {
+        if (!preferences.isVisible()) {
+            preferences.setGeometry(1000, 600, 200, 120);
+            preferences.show();
+            if (!QTest::qWaitForWindowExposed(&preferences, patience))
+                return false;
+        }
+        return clickAt(preferences.mapToGlobal(preferences.rect().center()))
+            && QTest::qWaitFor([&] { return QGuiApplication::focusWindow() == preferences.windowHandle(); }, patience);
+    }
+
+    bool panelGoneAndFocusOn(xcb_window_t window) const
+    {
+        return QTest::qWaitFor(
+            [&] { return !isViewable(other.get(), panelWindow()) && inputFocus(other.get()) == window; }, patience);
+    }
+
+    // Another application on the same display.
+    Connection other { xcb_connect(nullptr, nullptr) };
+    xcb_window_t foreign = 0;
+    X11Workspace workspace;
+    PanelController controller { new QLabel(QStringLiteral("Zettly")), workspace };
+    QWidget preferences;
+};
+
+TEST_F(PanelControllerTest, OpensBesideThePointerWithTheFocus)
+{
+    // The screen is 1280 × 800; each show comes while the panel is shown.
+    const struct {
+        const char *name;
+        QPoint pointer;
+        QPoint topLeft;
+    } cases[] = {
+        { "room everywhere", { 300, 200 }, { 308, 204 } },
+        { "bottom-right corner", { 1270, 790 }, { 912, 302 } },
+        { "bottom-left corner", { 3, 790 }, { 11, 302 } },
+        { "top-right corner", { 1279, 0 }, { 912, 4 } },
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        ASSERT_TRUE(showAt(c.pointer));
+        EXPECT_TRUE(controller.isShown());
+        EXPECT_TRUE(QTest::qWaitFor(
+            [&] { return rootGeometry(other.get(), panelWindow()) == QRect(c.topLeft, QSize(360, 480)); }, patience))
+            << ::testing::PrintToString(rootGeometry(other.get(), panelWindow()));
+        EXPECT_EQ(controller.previousApp(), (RunningApp { foreign, QStringLiteral("Foreign") }));
+
+        // No frame, no taskbar or pager entry, above the others, on every
+        // desktop: after the first show and after each new one.
+        EXPECT_EQ(cardinals(other.get(), panelWindow(), "_NET_FRAME_EXTENTS"), QList<quint32>({ 0, 0, 0, 0 }));
+        EXPECT_EQ(cardinals(other.get(), panelWindow(), "_NET_WM_DESKTOP"), QList<quint32> { 0xFFFFFFFF });
+        const QList<quint32> states = cardinals(other.get(), panelWindow(), "_NET_WM_STATE");
+        for (const std::string_view state :
+            { "_NET_WM_STATE_SKIP_TASKBAR"sv, "_NET_WM_STATE_SKIP_PAGER"sv, "_NET_WM_STATE_ABOVE"sv })
+            EXPECT_TRUE(states.contains(atom(other.get(), state))) << state;
+    }
+}
+
+TEST_F(PanelControllerTest, HideGivesTheFocusBack)
+{
+    for (const bool compositor : { false, true }) {
+        SCOPED_TRACE(compositor ? "with a compositor" : "without a compositor");
+        if (compositor)
+            pretendCompositor();
+        ASSERT_TRUE(showAt({ 600, 300 }));
+        EXPECT_EQ(controller.panel().isTranslucent(), compositor);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return controller.panel().windowOpacity() == 1.0; }, patience));
+
+        controller.hide();
+        EXPECT_FALSE(controller.isShown());
+        // Nothing has run yet: only a fade leaves the window up.
+        EXPECT_EQ(controller.panel().isVisible(), compositor);
+        EXPECT_TRUE(panelGoneAndFocusOn(foreign));
+        EXPECT_FALSE(controller.panel().isVisible());
+
+        // Again, harmlessly.
+        controller.hide();
+        EXPECT_EQ(inputFocus(other.get()), foreign);
+    }
+}
+
+TEST_F(PanelControllerTest, ShowDuringFadeOutWins)
+{
+    pretendCompositor();
+    ASSERT_TRUE(showAt({ 600, 300 }));
+    controller.hide();
+    ASSERT_TRUE(controller.panel().isVisible());
+    ASSERT_TRUE(showAt({ 200, 100 }));
+
+    // Well past the fade-out's end.
+    QTest::qWait(quietSpell);
+    EXPECT_TRUE(controller.isShown());
+    EXPECT_TRUE(isViewable(other.get(), panelWindow()));
+    EXPECT_TRUE(panelHasFocus());
+    EXPECT_EQ(controller.panel().windowOpacity(), 1.0);
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return rootGeometry(other.get(), panelWindow()).topLeft() == QPoint(208, 104); }, patience));
+}
+
+TEST_F(PanelControllerTest, ClicksHideItOnlyInOtherApplications)
+{
+    ASSERT_TRUE(showAt({ 600, 100 }));
+    ASSERT_TRUE(clickAt({ 700, 300 }));
+    QTest::qWait(quietSpell);
+    EXPECT_TRUE(controller.isShown()) << "click inside the panel";
+
+    ASSERT_TRUE(focusPreferences());
+    QTest::qWait(quietSpell);
+    EXPECT_TRUE(controller.isShown()) << "click in our own window";
+    EXPECT_TRUE(isViewable(other.get(), panelWindow()));
+
+    ASSERT_TRUE(clickAt(rootGeometry(other.get(), foreign).center()));
+    EXPECT_TRUE(panelGoneAndFocusOn(foreign));
+    EXPECT_FALSE(controller.isShown());
+}
+
+// The window manager alone would hand the focus to our own window.
+TEST_F(PanelControllerTest, FocusGoesBackPastOurOwnWindows)
+{
+    const struct {
+        const char *name;
+        std::function<void()> leave;
+    } ways[] = {
+        { "hide", [&] { controller.hide(); } },
+        { "Escape",
+            [&] {
+                xdotool({ QStringLiteral("key"), QStringLiteral("Escape") });
+            } },
+    };
+    // Shown once from the other application, which is remembered.
+    ASSERT_TRUE(showAt({ 600, 100 }));
+    controller.hide();
+    ASSERT_TRUE(panelGoneAndFocusOn(foreign));
+
+    for (const auto &way : ways) {
+        SCOPED_TRACE(way.name);
+        ASSERT_TRUE(focusPreferences());
+        ASSERT_TRUE(showAt({ 600, 100 }));
+        EXPECT_EQ(controller.previousApp(), (RunningApp { foreign, QStringLiteral("Foreign") }));
+        way.leave();
+        EXPECT_TRUE(panelGoneAndFocusOn(foreign));
+        controller.hide();
+    }
+}
+
+TEST_F(PanelControllerTest, EscapeTakesThePanelAwayButItStaysShown)
+{
+    ASSERT_TRUE(showAt({ 600, 300 }));
+    ASSERT_TRUE(xdotool({ QStringLiteral("key"), QStringLiteral("Escape") }));
+    EXPECT_TRUE(panelGoneAndFocusOn(foreign));
+    QTest::qWait(quietSpell);
+    EXPECT_TRUE(controller.isShown());
+
+    // The next toggle hides, the one after shows.
+    controller.hide();
+    EXPECT_FALSE(controller.isShown());
+    EXPECT_EQ(inputFocus(other.get()), foreign);
+    EXPECT_TRUE(showAt({ 600, 300 }));
+}
+
+} // namespace
