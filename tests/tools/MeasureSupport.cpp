@@ -4,6 +4,7 @@
 #include "AppSettings.h"
 #include "HistoryFolder.h"
 
+#include <QCommandLineParser>
 #include <QFile>
 
 #include <algorithm>
@@ -67,3 +68,29 @@ QString spread(const QList<double> &ms)
 }
 
 } // namespace MeasureSupport
+
+std::optional<MeasureSupport::CommandLine> MeasureSupport::parseCommandLine(
+    int argc, char *argv[], const QStringList &countNames)
+{
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    QCommandLineParser parser;
+    const QCommandLineOption app(QStringLiteral("app"), QString(), QStringLiteral("path"));
+    parser.addOption(app);
+    for (const QString &name : countNames)
+        parser.addOption(QCommandLineOption(name, QString(), QStringLiteral("count")));
+    if (!parser.parse(arguments) || !parser.positionalArguments().isEmpty())
+        return std::nullopt;
+    CommandLine line { parser.value(app), {} };
+    for (const QString &name : countNames) {
+        if (!parser.isSet(name))
+            continue;
+        bool ok = false;
+        const qint64 count = parser.value(name).toLongLong(&ok);
+        if (!ok || count < 0)
+            return std::nullopt;
+        line.counts.insert(name, count);
+    }
+    return line;
+}

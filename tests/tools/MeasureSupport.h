@@ -4,6 +4,7 @@
 #include "ClipItem.h"
 
 #include <QByteArray>
+#include <QHash>
 #include <QList>
 #include <QString>
 
@@ -12,6 +13,14 @@
 // What the measurement tools share: the histories they start from, the
 // memory they read, the figures they print.
 namespace MeasureSupport {
+
+// A tool's command line: "--app <path>" and "--<name> <count>" options, each
+// count 0 or more. No value on anything else.
+struct CommandLine {
+    QString appPath;
+    QHash<QString, qint64> counts;
+};
+std::optional<CommandLine> parseCommandLine(int argc, char *argv[], const QStringList &countNames);
 
 // Entries of about 200 characters, each different, newest first.
 QList<ClipItem> fillerHistory(qint64 count);

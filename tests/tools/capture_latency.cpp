@@ -83,29 +83,15 @@ double milliseconds(Clock::duration duration)
 
 std::optional<Options> parseOptions(int argc, char *argv[])
 {
+    const auto line = MeasureSupport::parseCommandLine(
+        argc, argv, { QStringLiteral("history"), QStringLiteral("copies"), QStringLiteral("frozen") });
+    if (!line || line->counts.value(QStringLiteral("copies"), 1) == 0)
+        return std::nullopt;
     Options options;
-    for (int i = 1; i < argc; ++i) {
-        const std::string_view name = argv[i];
-        if (i + 1 >= argc)
-            return std::nullopt;
-        const char *value = argv[++i];
-        if (name == "--app") {
-            options.appPath = QString::fromLocal8Bit(value);
-            continue;
-        }
-        char *end = nullptr;
-        const long long number = std::strtoll(value, &end, 10);
-        if (*end != '\0' || number < 0)
-            return std::nullopt;
-        if (name == "--history")
-            options.history = number;
-        else if (name == "--copies" && number > 0)
-            options.copies = int(number);
-        else if (name == "--frozen")
-            options.frozenRuns = int(number);
-        else
-            return std::nullopt;
-    }
+    options.appPath = line->appPath;
+    options.history = line->counts.value(QStringLiteral("history"), options.history);
+    options.copies = int(line->counts.value(QStringLiteral("copies"), options.copies));
+    options.frozenRuns = int(line->counts.value(QStringLiteral("frozen"), options.frozenRuns));
     return options;
 }
 

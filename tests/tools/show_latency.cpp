@@ -65,29 +65,14 @@ struct Memory {
 
 std::optional<Options> parseOptions(int argc, char *argv[])
 {
-    Options options;
-    for (int i = 1; i < argc; ++i) {
-        const std::string_view name = argv[i];
-        if (i + 1 >= argc)
-            return std::nullopt;
-        const char *value = argv[++i];
-        if (name == "--app") {
-            options.appPath = QString::fromLocal8Bit(value);
-            continue;
-        }
-        char *end = nullptr;
-        const long long number = std::strtoll(value, &end, 10);
-        if (*end != '\0' || number < 0)
-            return std::nullopt;
-        if (name == "--history")
-            options.history = number;
-        else if (name == "--presses" && number > 0)
-            options.presses = int(number);
-        else
-            return std::nullopt;
-    }
-    if (options.appPath.isEmpty())
+    const auto line
+        = MeasureSupport::parseCommandLine(argc, argv, { QStringLiteral("history"), QStringLiteral("presses") });
+    if (!line || line->appPath.isEmpty() || line->counts.value(QStringLiteral("presses"), 1) == 0)
         return std::nullopt;
+    Options options;
+    options.appPath = line->appPath;
+    options.history = line->counts.value(QStringLiteral("history"), options.history);
+    options.presses = int(line->counts.value(QStringLiteral("presses"), options.presses));
     return options;
 }
 
