@@ -41,7 +41,7 @@ QString tooLargeReason()
 } // namespace
 
 UpdateChecker::UpdateChecker(const QUrl &feedUrl, const QString &currentVersion, QObject *parent)
-    : QObject(parent)
+    : UpdateCheck(parent)
     , m_manager(new QNetworkAccessManager(this))
     , m_feedUrl(feedUrl)
     , m_currentVersion(currentVersion)

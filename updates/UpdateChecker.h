@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "AppcastRelease.h"
+#include "UpdateCheck.h"
 
 #include <QByteArray>
 #include <QObject>
@@ -15,22 +15,10 @@ class QNetworkReply;
 // Fetches the update feed and compares its newest release with the running
 // version. One check at a time; each check ends with exactly one of
 // updateFound(), noUpdateFound() or checkFailed().
-class UpdateChecker : public QObject {
+class UpdateChecker : public UpdateCheck {
     Q_OBJECT
 
 public:
-    enum class Failure {
-        // Not https nor http on this machine, or redirected elsewhere.
-        BadAddress,
-        // No answer: refused, unknown host, closed, timed out, TLS error.
-        Unreachable,
-        // An answer other than 2xx, or too many redirects.
-        HttpError,
-        // Not a feed, no release in it, or larger than maximumFeedSize.
-        InvalidFeed,
-    };
-    Q_ENUM(Failure)
-
     static constexpr std::chrono::milliseconds defaultTimeout { 15000 };
     static constexpr qint64 maximumFeedSize = 4 * 1024 * 1024;
     static constexpr int maximumRedirects = 5;
@@ -40,7 +28,7 @@ public:
     ~UpdateChecker() override;
 
     // Starts a check; does nothing while one runs.
-    void check();
+    void check() override;
     bool isChecking() const { return m_checking; }
 
     // Longest wait for the server between two pieces of the answer.
@@ -48,12 +36,6 @@ public:
 
     // https anywhere, or http to this machine (for tests and local mirrors).
     static bool isAllowedAddress(const QUrl &url);
-
-Q_SIGNALS:
-    void updateFound(const AppcastRelease &release);
-    void noUpdateFound();
-    // reason is a French sentence for the user.
-    void checkFailed(UpdateChecker::Failure failure, const QString &reason);
 
 private:
     void get(const QUrl &url);

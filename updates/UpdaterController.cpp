@@ -3,6 +3,7 @@
 
 #include "AppcastRelease.h"
 #include "UpdateChecker.h"
+#include "UpdateCheckProcess.h"
 #include "UpdateDialog.h"
 
 #include <QApplication>
@@ -25,15 +26,22 @@ QString displayed(const QString &shortVersion, const QString &version)
 
 UpdaterController::UpdaterController(const QUrl &feedUrl, const QString &version, const QString &shortVersion,
     AutomaticChecks automaticChecks, QObject *parent)
+    : UpdaterController(new UpdateChecker(feedUrl, version), version, shortVersion, automaticChecks, parent)
+{
+}
+
+UpdaterController::UpdaterController(UpdateCheck *check, const QString &version, const QString &shortVersion,
+    AutomaticChecks automaticChecks, QObject *parent)
     : QObject(parent)
-    , m_checker(new UpdateChecker(feedUrl, version, this))
+    , m_checker(check)
     , m_version(version)
     , m_shortVersion(shortVersion)
 {
-    connect(m_checker, &UpdateChecker::updateFound, this, &UpdaterController::onUpdateFound);
-    connect(m_checker, &UpdateChecker::noUpdateFound, this, &UpdaterController::onNoUpdateFound);
-    connect(m_checker, &UpdateChecker::checkFailed, this,
-        [this](UpdateChecker::Failure, const QString &reason) { onCheckFailed(reason); });
+    m_checker->setParent(this);
+    connect(m_checker, &UpdateCheck::updateFound, this, &UpdaterController::onUpdateFound);
+    connect(m_checker, &UpdateCheck::noUpdateFound, this, &UpdaterController::onNoUpdateFound);
+    connect(m_checker, &UpdateCheck::checkFailed, this,
+        [this](UpdateCheck::Failure, const QString &reason) { onCheckFailed(reason); });
     connect(&m_timer, &QTimer::timeout, this, &UpdaterController::onTimer);
     if (automaticChecks == AutomaticChecks::On) {
         m_timer.setTimerType(Qt::VeryCoarseTimer);
@@ -51,9 +59,12 @@ UpdaterController &UpdaterController::shared()
 {
     // Leaked on purpose: destroying widgets after QApplication has gone, at
     // exit, would crash.
-    static UpdaterController *const instance = new UpdaterController(QUrl(QStringLiteral(ZETTLY_APPCAST_URL)),
-        QStringLiteral(ZETTLY_BUILD_NUMBER), QStringLiteral(ZETTLY_VERSION),
-        ZETTLY_AUTOMATIC_UPDATE_CHECKS ? AutomaticChecks::On : AutomaticChecks::Off);
+    const QString version = QStringLiteral(ZETTLY_BUILD_NUMBER);
+    static UpdaterController *const instance
+        = new UpdaterController(new UpdateCheckProcess(UpdateCheckProcess::installedHelperPath(),
+                                    QUrl(QStringLiteral(ZETTLY_APPCAST_URL)), version),
+            version, QStringLiteral(ZETTLY_VERSION),
+            ZETTLY_AUTOMATIC_UPDATE_CHECKS ? AutomaticChecks::On : AutomaticChecks::Off);
     return *instance;
 }
 

@@ -10,7 +10,7 @@
 
 #include <chrono>
 
-class UpdateChecker;
+class UpdateCheck;
 class UpdateDialog;
 struct AppcastRelease;
 
@@ -29,6 +29,9 @@ public:
     // version is compared with the feed items' version (the build number);
     // shortVersion is what the user is shown beside it. Needs a QApplication.
     UpdaterController(const QUrl &feedUrl, const QString &version, const QString &shortVersion,
+        AutomaticChecks automaticChecks, QObject *parent = nullptr);
+    // Checks through check, which this takes.
+    UpdaterController(UpdateCheck *check, const QString &version, const QString &shortVersion,
         AutomaticChecks automaticChecks, QObject *parent = nullptr);
     ~UpdaterController() override;
 
@@ -53,7 +56,7 @@ private:
     void present(bool activate);
     QString runningVersion() const;
 
-    UpdateChecker *m_checker;
+    UpdateCheck *m_checker;
     QString m_version;
     QString m_shortVersion;
     QPointer<UpdateDialog> m_dialog;

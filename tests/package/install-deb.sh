@@ -37,7 +37,7 @@ dpkg-deb --field "$deb" Depends
 $sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq "$deb" >"$work/apt.log" 2>&1 \
     || { cat "$work/apt.log"; exit 1; }
 
-for file in /usr/bin/zettly \
+for file in /usr/bin/zettly /usr/libexec/zettly/zettly-update-check \
     /usr/share/applications/com.marovelin.zettly.desktop \
     /etc/xdg/autostart/com.marovelin.zettly.desktop \
     /usr/share/icons/hicolor/scalable/apps/com.marovelin.zettly.svg; do

@@ -44,7 +44,6 @@ constexpr std::chrono::milliseconds shownFor = 150ms;
 // Between a hide and the next show: the window manager withdraws the panel
 // after it is unmapped.
 constexpr std::chrono::milliseconds hiddenFor = 150ms;
-constexpr std::chrono::milliseconds idleBeforeMemory = 2s;
 // Without a CPU tick for this long, zettly waits in its event loop.
 constexpr std::chrono::milliseconds quietPeriod = 300ms;
 
@@ -52,6 +51,9 @@ struct Options {
     QString appPath;
     qint64 history = 2000;
     int presses = 20;
+    // Idle means minutes in real use: worker threads of the update check
+    // and the name lookup end after 30 s without work.
+    std::chrono::seconds idle { 2 };
 };
 
 struct Memory {
@@ -65,14 +67,15 @@ struct Memory {
 
 std::optional<Options> parseOptions(int argc, char *argv[])
 {
-    const auto line
-        = MeasureSupport::parseCommandLine(argc, argv, { QStringLiteral("history"), QStringLiteral("presses") });
+    const auto line = MeasureSupport::parseCommandLine(
+        argc, argv, { QStringLiteral("history"), QStringLiteral("presses"), QStringLiteral("idle") });
     if (!line || line->appPath.isEmpty() || line->counts.value(QStringLiteral("presses"), 1) == 0)
         return std::nullopt;
     Options options;
     options.appPath = line->appPath;
     options.history = line->counts.value(QStringLiteral("history"), options.history);
     options.presses = int(line->counts.value(QStringLiteral("presses"), options.presses));
+    options.idle = std::chrono::seconds(line->counts.value(QStringLiteral("idle"), options.idle.count()));
     return options;
 }
 
@@ -289,10 +292,10 @@ int run(const Options &options)
 
             if (probe.isPanelShown())
                 probe.hide(answerTimeout);
-            probe.idle(idleBeforeMemory);
+            probe.idle(options.idle);
             printLine(QStringLiteral("zettly memory at the start, before any show: ") + describe(atStart));
-            printLine(QStringLiteral("zettly memory idle %1 s after the presses, panel hidden: ")
-                          .arg(std::chrono::duration_cast<std::chrono::seconds>(idleBeforeMemory).count())
+            printLine(
+                QStringLiteral("zettly memory idle %1 s after the presses, panel hidden: ").arg(options.idle.count())
                 + describe(memory(pid)));
         }
     }
@@ -316,7 +319,7 @@ int main(int argc, char *argv[])
 {
     const std::optional<Options> options = parseOptions(argc, argv);
     if (!options) {
-        std::fprintf(stderr, "usage: %s --app /path/to/zettly [--history N] [--presses N]\n", argv[0]);
+        std::fprintf(stderr, "usage: %s --app /path/to/zettly [--history N] [--presses N] [--idle seconds]\n", argv[0]);
         return 2;
     }
     // It presses a global shortcut dozens of times: never on someone's desktop.

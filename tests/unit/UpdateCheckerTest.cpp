@@ -2,6 +2,7 @@
 #include "UpdateChecker.h"
 #include "AppcastFeed.h"
 #include "LocalFeedServer.h"
+#include "UpdateCheckProcess.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -13,10 +14,10 @@ using namespace std::chrono_literals;
 namespace {
 
 struct Outcomes {
-    explicit Outcomes(UpdateChecker &checker)
-        : found(&checker, &UpdateChecker::updateFound)
-        , none(&checker, &UpdateChecker::noUpdateFound)
-        , failed(&checker, &UpdateChecker::checkFailed)
+    explicit Outcomes(UpdateCheck &checker)
+        : found(&checker, &UpdateCheck::updateFound)
+        , none(&checker, &UpdateCheck::noUpdateFound)
+        , failed(&checker, &UpdateCheck::checkFailed)
     {
     }
     qsizetype count() const { return found.size() + none.size() + failed.size(); }
@@ -113,4 +114,43 @@ TEST(UpdateChecker, OneCheckAtATimeThenAgain)
     ASSERT_TRUE(QTest::qWaitFor([&] { return outcomes.count() == 2; }, 30000));
     EXPECT_EQ(outcomes.found.size(), 2);
     EXPECT_EQ(server.requests(), 2);
+}
+
+// The helper process reports what the checker in it found, field for field;
+// a helper that cannot run is a failure, not silence.
+TEST(UpdateCheckProcess, CarriesEachOutcomeOfTheHelper)
+{
+    LocalFeedServer server;
+    server.answer("/newer.xml", 200, newerFeed);
+    server.answer("/same.xml", 200, appcastFeed(appcastItem("5", "1.5", "https://example.com/a")));
+    const QString helper = QStringLiteral(ZETTLY_UPDATE_HELPER);
+    {
+        UpdateCheckProcess check(helper, server.url(QStringLiteral("/newer.xml")), QStringLiteral("5"));
+        Outcomes outcomes(check);
+        check.check();
+        ASSERT_TRUE(outcomes.wait());
+        ASSERT_EQ(outcomes.found.size(), 1);
+        EXPECT_EQ(outcomes.found.at(0).at(0).value<AppcastRelease>(),
+            (AppcastRelease { QStringLiteral("12"), QStringLiteral("2.0"),
+                QUrl(QStringLiteral("https://example.com/zettly-2.0.deb")) }));
+    }
+    {
+        UpdateCheckProcess check(helper, server.url(QStringLiteral("/same.xml")), QStringLiteral("5"));
+        Outcomes outcomes(check);
+        check.check();
+        ASSERT_TRUE(outcomes.wait());
+        EXPECT_EQ(outcomes.none.size(), 1);
+    }
+    for (const QString &path : { helper, QStringLiteral("/nonexistent/zettly-update-check") }) {
+        UpdateCheckProcess check(path, server.url(QStringLiteral("/missing.xml")), QStringLiteral("5"));
+        Outcomes outcomes(check);
+        check.check();
+        ASSERT_TRUE(outcomes.wait());
+        ASSERT_EQ(outcomes.failed.size(), 1) << qPrintable(path);
+        EXPECT_EQ(outcomes.failed.at(0).at(0).value<UpdateCheck::Failure>(),
+            path == helper ? UpdateCheck::Failure::HttpError : UpdateCheck::Failure::Unreachable);
+        EXPECT_FALSE(outcomes.failed.at(0).at(1).toString().isEmpty());
+        QTest::qWait(50);
+        EXPECT_EQ(outcomes.count(), 1);
+    }
 }

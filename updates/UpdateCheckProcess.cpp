@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "UpdateCheckProcess.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QTimer>
+
+namespace {
+
+// Well past the helper's own network timeout.
+constexpr int helperTimeoutMs = 60000;
+
+QString notRunReason()
+{
+    return QStringLiteral("La recherche de mises à jour n’a pas pu être lancée.");
+}
+
+} // namespace
+
+UpdateCheckProcess::UpdateCheckProcess(
+    const QString &helperPath, const QUrl &feedUrl, const QString &currentVersion, QObject *parent)
+    : UpdateCheck(parent)
+    , m_helperPath(helperPath)
+    , m_feedUrl(feedUrl)
+    , m_currentVersion(currentVersion)
+{
+    m_process.setProcessChannelMode(QProcess::SeparateChannels);
+    m_process.setStandardErrorFile(QProcess::nullDevice());
+    connect(&m_process, &QProcess::finished, this, &UpdateCheckProcess::onFinished);
+    connect(&m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart)
+            Q_EMIT checkFailed(Failure::Unreachable, notRunReason());
+    });
+}
+
+QString UpdateCheckProcess::installedHelperPath()
+{
+    const QString binDir = QCoreApplication::applicationDirPath();
+    const QString beside = binDir + QStringLiteral("/zettly-update-check");
+    if (QFileInfo(beside).isExecutable())
+        return beside;
+    return binDir + QStringLiteral("/" ZETTLY_HELPER_DIR_FROM_BIN "/zettly-update-check");
+}
+
+void UpdateCheckProcess::check()
+{
+    if (m_process.state() != QProcess::NotRunning)
+        return;
+    m_process.start(m_helperPath, { m_feedUrl.toString(QUrl::FullyEncoded), m_currentVersion });
+    QTimer::singleShot(helperTimeoutMs, &m_process, [process = &m_process] {
+        if (process->state() != QProcess::NotRunning)
+            process->kill();
+    });
+}
+
+void UpdateCheckProcess::onFinished(int exitCode, QProcess::ExitStatus status)
+{
+    const QList<QByteArray> lines = m_process.readAllStandardOutput().split('\n');
+    const QString kind = QString::fromUtf8(lines.value(0));
+    if (status == QProcess::NormalExit && exitCode == 0) {
+        if (kind == u"update" && lines.size() >= 4) {
+            Q_EMIT updateFound(
+                { QString::fromUtf8(lines.at(1)), QString::fromUtf8(lines.at(2)), QUrl::fromEncoded(lines.at(3)) });
+            return;
+        }
+        if (kind == u"none") {
+            Q_EMIT noUpdateFound();
+            return;
+        }
+        bool known = false;
+        const int failure = lines.value(1).toInt(&known);
+        if (kind == u"failed" && known && failure >= 0 && failure <= int(Failure::InvalidFeed)) {
+            Q_EMIT checkFailed(Failure(failure), QString::fromUtf8(lines.value(2)));
+            return;
+        }
+    }
+    Q_EMIT checkFailed(Failure::Unreachable, notRunReason());
+}
+
+QByteArray UpdateCheckProcess::describeUpdate(const AppcastRelease &release)
+{
+    return "update\n" + release.version.toUtf8() + '\n' + release.shortVersion.toUtf8() + '\n'
+        + release.downloadUrl.toEncoded() + '\n';
+}
+
+QByteArray UpdateCheckProcess::describeNoUpdate()
+{
+    return "none\n";
+}
+
+QByteArray UpdateCheckProcess::describeFailure(Failure failure, const QString &reason)
+{
+    QString oneLine = reason;
+    oneLine.replace(u'\n', u' ');
+    return "failed\n" + QByteArray::number(int(failure)) + '\n' + oneLine.toUtf8() + '\n';
+}
