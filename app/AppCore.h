@@ -38,6 +38,7 @@ public:
     ClipboardWatcher *watcher() const { return m_watcher.get(); }
     PanelController *panelController() const { return m_panelController.get(); }
     GlobalHotKey *hotkey() const { return m_hotkey.get(); }
+    StatusMenu &statusMenu() const { return *m_statusMenu; }
 
     // The tray menu's commands.
     void togglePanelAction();
