@@ -11,7 +11,7 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 build="${ZETTLY_BUILD_DIR:-$root/build}"
 [ "${1:-}" = --no-build ] || "$root/scripts/build.sh"
 
-tool="$build/tests/tools/capture_latency"
+tool="$build/bench/capture_latency"
 app="$build/app/zettly"
 status=0
 measure() {

@@ -16,7 +16,7 @@ else
     "$root/scripts/build.sh"
 fi
 
-tool="$build/tests/tools/show_latency"
+tool="$build/bench/show_latency"
 app="$build/app/zettly"
 status=0
 measure() {
