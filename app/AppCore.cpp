@@ -38,6 +38,7 @@ void AppCore::start()
 {
     sharedCore = this;
     m_panelController = std::make_unique<PanelController>(new PickerPlaceholder(m_store), m_platform.workspace);
+    m_panelController->setClickMonitor(&m_platform.clickMonitor);
     m_watcher = std::make_unique<ClipboardWatcher>(m_platform.pasteboard, m_platform.workspace, m_store, m_settings);
     m_watcher->start();
     m_hotkey = std::make_unique<GlobalHotKey>(m_platform.keyGrabber);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+class ClickMonitor;
 class KeyGrabber;
 class Pasteboard;
 class Workspace;
@@ -11,4 +12,5 @@ struct PlatformServices {
     Pasteboard &pasteboard;
     Workspace &workspace;
     KeyGrabber &keyGrabber;
+    ClickMonitor &clickMonitor;
 };

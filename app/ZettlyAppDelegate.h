@@ -6,6 +6,7 @@
 #include <memory>
 
 class AppCore;
+class X11ClickMonitor;
 class X11KeyGrabber;
 class X11Pasteboard;
 class X11Workspace;
@@ -25,5 +26,6 @@ private:
     std::unique_ptr<X11Pasteboard> m_pasteboard;
     std::unique_ptr<X11Workspace> m_workspace;
     std::unique_ptr<X11KeyGrabber> m_keyGrabber;
+    std::unique_ptr<X11ClickMonitor> m_clickMonitor;
     std::unique_ptr<AppCore> m_core;
 };

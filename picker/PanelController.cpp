@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "PanelController.h"
 
+#include "ClickMonitor.h"
+
 #include "ClipPanel.h"
 #include "PanelPlacement.h"
 
@@ -77,6 +79,12 @@ PanelController::~PanelController()
     m_fadeOut->stop();
 }
 
+void PanelController::setClickMonitor(ClickMonitor *monitor)
+{
+    m_clickMonitor = monitor;
+    connect(monitor, &ClickMonitor::clicked, this, &PanelController::hideIfClickedOutside);
+}
+
 void PanelController::showNearCursor()
 {
     // Stopping the fade-out keeps its end from hiding this showing.
@@ -112,11 +120,15 @@ void PanelController::showNearCursor()
     if (fade)
         m_fadeIn->start();
     m_shown = true;
+    if (m_clickMonitor)
+        m_clickMonitor->start();
 }
 
 void PanelController::hide()
 {
     m_shown = false;
+    if (m_clickMonitor)
+        m_clickMonitor->stop();
     m_focusPending = false;
     m_focusCheck->stop();
     m_fadeIn->stop();
@@ -184,4 +196,12 @@ void PanelController::giveFocusBack()
 {
     if (m_previousApp)
         m_workspace.activate(*m_previousApp);
+}
+
+void PanelController::hideIfClickedOutside()
+{
+    // The pointer has not moved since the press; our own windows, the panel
+    // or the preferences, keep it.
+    if (m_shown && !QGuiApplication::topLevelAt(QCursor::pos()))
+        hide();
 }

@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 
+class ClickMonitor;
 class ClipPanel;
 class QPropertyAnimation;
 class QTimer;
@@ -34,6 +35,9 @@ public:
     // was in front, if the panel still had it.
     void hide();
 
+    // Also hide on a click that lands outside our windows, focus or not.
+    void setClickMonitor(ClickMonitor *monitor);
+
     bool isShown() const { return m_shown; }
     std::optional<RunningApp> previousApp() const { return m_previousApp; }
     ClipPanel &panel() const { return *m_panel; }
@@ -46,8 +50,10 @@ private:
     void followFocus(QWindow *focus);
     void hideIfAnotherAppInFront();
     void giveFocusBack();
+    void hideIfClickedOutside();
 
     Workspace &m_workspace;
+    ClickMonitor *m_clickMonitor = nullptr;
     std::unique_ptr<ClipPanel> m_panel;
     QPropertyAnimation *m_fadeIn;
     QPropertyAnimation *m_fadeOut;

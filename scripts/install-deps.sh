@@ -10,7 +10,7 @@ packages=(
     # toolkit and platform
     qt6-base-dev qt6-base-dev-tools qt6-svg-dev qt6-image-formats-plugins qt6-qpa-plugins
     libgl-dev libx11-dev libx11-xcb-dev libxcb1-dev libxcb-xkb-dev libxcb-xtest0-dev libxcb-damage0-dev
-    libxcb-xfixes0-dev libxtst-dev libxkbcommon-dev libxkbcommon-x11-dev libicu-dev
+    libxcb-xfixes0-dev libxcb-xinput-dev libxtst-dev libxkbcommon-dev libxkbcommon-x11-dev libicu-dev
     adwaita-icon-theme
     # tests, benchmarks, fuzzing
     libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev

@@ -2,9 +2,10 @@
 #include "AppCore.h"
 
 #include "AppSettings.h"
-#include "ClipPanel.h"
 #include "ClipboardWatcher.h"
+#include "ClipPanel.h"
 #include "GlobalHotKey.h"
+#include "MemoryClickMonitor.h"
 #include "MemoryKeyGrabber.h"
 #include "MemoryPasteboard.h"
 #include "MemoryWorkspace.h"
@@ -28,7 +29,8 @@ TEST(AppCore, StartsEverythingAndFollowsTheShortcutSetting)
     MemoryPasteboard pasteboard;
     MemoryWorkspace workspace;
     MemoryKeyGrabber keyGrabber;
-    AppCore core(settings, home.filePath(QStringLiteral("Zettly")), {pasteboard, workspace, keyGrabber});
+    MemoryClickMonitor clicks;
+    AppCore core(settings, home.filePath(QStringLiteral("Zettly")), { pasteboard, workspace, keyGrabber, clicks });
     EXPECT_EQ(AppCore::shared(), nullptr);
     core.start();
     EXPECT_EQ(AppCore::shared(), &core);
@@ -41,13 +43,13 @@ TEST(AppCore, StartsEverythingAndFollowsTheShortcutSetting)
         keys.append(action->shortcut().toString());
     }
     EXPECT_EQ(titles,
-        (QStringList {QStringLiteral("Ouvrir Zettly"), QStringLiteral("—"), QStringLiteral("Préférences…"),
-            QStringLiteral("Rechercher les mises à jour…"), QStringLiteral("—"), QStringLiteral("Quitter Zettly")}));
+        (QStringList { QStringLiteral("Ouvrir Zettly"), QStringLiteral("—"), QStringLiteral("Préférences…"),
+            QStringLiteral("Rechercher les mises à jour…"), QStringLiteral("—"), QStringLiteral("Quitter Zettly") }));
     EXPECT_EQ(keys,
-        (QStringList {QStringLiteral("Ctrl+V"), {}, QStringLiteral("Ctrl+,"), {}, {}, QStringLiteral("Ctrl+Q")}));
+        (QStringList { QStringLiteral("Ctrl+V"), {}, QStringLiteral("Ctrl+,"), {}, {}, QStringLiteral("Ctrl+Q") }));
 
     // Ctrl+Super+V, one turn after the press.
-    const MemoryKeyGrabber::Combination standard {9, 4352};
+    const MemoryKeyGrabber::Combination standard { 9, 4352 };
     ASSERT_EQ(keyGrabber.grabbed(), standard);
     keyGrabber.press(standard);
     EXPECT_FALSE(core.panelController()->isShown());
@@ -56,16 +58,20 @@ TEST(AppCore, StartsEverythingAndFollowsTheShortcutSetting)
     ASSERT_TRUE(QTest::qWaitFor([&] { return !core.panelController()->isShown(); }, 2000));
 
     // A new shortcut takes over at once; the old one does nothing.
-    settings.setHotkey({.keyCode = 8, .modifiers = 4352});
-    const MemoryKeyGrabber::Combination changed {8, 4352};
+    settings.setHotkey({ .keyCode = 8, .modifiers = 4352 });
+    const MemoryKeyGrabber::Combination changed { 8, 4352 };
     EXPECT_EQ(keyGrabber.grabbed(), changed);
     keyGrabber.press(standard);
     QTest::qWait(50);
     EXPECT_FALSE(core.panelController()->isShown());
     keyGrabber.press(changed);
     EXPECT_TRUE(QTest::qWaitFor([&] { return core.panelController()->isShown(); }, 2000));
-    core.togglePanelAction();
+    // Clicks are watched only while the panel is up; one beside it (the
+    // pointer is never over the panel, which opens beside it) hides it.
+    EXPECT_TRUE(clicks.isStarted());
+    clicks.click();
     EXPECT_FALSE(core.panelController()->isShown());
+    EXPECT_FALSE(clicks.isStarted());
 
     // One preferences window, brought back rather than built again.
     core.openSettingsAction();

@@ -2,6 +2,7 @@
 #include "AppSettings.h"
 #include "ClipboardStore.h"
 #include "ClipboardWatcher.h"
+#include "OtherClient.h"
 #include "Paste.h"
 #include "PasteboardTypes.h"
 #include "TestSelectionOwner.h"
@@ -16,10 +17,6 @@
 #include <QTest>
 
 #include <gtest/gtest.h>
-
-#include <xcb/xcb.h>
-
-#include <cstdlib>
 
 namespace {
 
@@ -38,31 +35,6 @@ QImage picture(int width, int height, QColor color)
     image.fill(color);
     return image;
 }
-
-// A top-level window of another application, with this WM_CLASS.
-class ForeignWindow {
-public:
-    ForeignWindow(const QByteArray &instance, const QByteArray &className)
-        : m_connection(xcb_connect(nullptr, nullptr))
-    {
-        const QByteArray wmClass = instance + '\0' + className + '\0';
-        const xcb_screen_t *screen = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data;
-        m_window = xcb_generate_id(m_connection);
-        xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, m_window, screen->root, 0, 0, 300, 200, 0,
-            XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
-        xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
-            wmClass.size(), wmClass.constData());
-        xcb_map_window(m_connection, m_window);
-        std::free(xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
-    }
-    ~ForeignWindow() { xcb_disconnect(m_connection); }
-
-    RunningApp app() const { return { m_window, std::nullopt }; }
-
-private:
-    xcb_connection_t *m_connection;
-    xcb_window_t m_window;
-};
 
 } // namespace
 
@@ -228,8 +200,8 @@ TEST_F(Capture, SecretsStayOutWhileThePrivacySwitchIsOn)
         ASSERT_TRUE(QTest::qWaitFor([&] { return newest().fullText == QStringLiteral("simple note"); }, 5000));
     }
 
-    const ForeignWindow keePassXc("keepassxc", "KeePassXC");
-    workspace.activate(keePassXc.app());
+    OtherClient keePassXc;
+    workspace.activate({ keePassXc.createWindow("keepassxc", "KeePassXC"), std::nullopt });
     ASSERT_TRUE(QTest::qWaitFor(
         [&] { return workspace.frontmostApp().value_or(RunningApp()).identifier == QStringLiteral("KeePassXC"); },
         5000));

@@ -1,7 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "OtherClient.h"
 
-#include <xcb/xcb.h>
+// xcb/xkb.h has a struct member named "explicit".
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wkeyword-macro"
+#define explicit explicit_
+#include <xcb/xkb.h>
+#undef explicit
+#pragma clang diagnostic pop
 
 #include <cstdlib>
 #include <memory>
@@ -26,10 +32,10 @@ OtherClient::~OtherClient()
     xcb_disconnect(m_connection);
 }
 
-uint32_t OtherClient::atom(const QByteArray &name) const
+xcb_atom_t OtherClient::atom(std::string_view name) const
 {
-    const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
-        m_connection, xcb_intern_atom(m_connection, false, name.size(), name.constData()), nullptr));
+    const Reply<xcb_intern_atom_reply_t> reply(
+        xcb_intern_atom_reply(m_connection, xcb_intern_atom(m_connection, false, name.size(), name.data()), nullptr));
     return reply ? reply->atom : XCB_ATOM_NONE;
 }
 
@@ -38,26 +44,112 @@ void OtherClient::sync() const
     std::free(xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
 }
 
-uint32_t OtherClient::createWindow(const QByteArray &instance, const QByteArray &className, QRect geometry)
+QList<uint8_t> OtherClient::takeEvents()
+{
+    sync();
+    QList<uint8_t> types;
+    while (const Reply<xcb_generic_event_t> event { xcb_poll_for_event(m_connection) })
+        types.append(event->response_type & ~0x80);
+    return types;
+}
+
+bool OtherClient::succeeds(xcb_void_cookie_t cookie)
+{
+    return !Reply<xcb_generic_error_t>(xcb_request_check(m_connection, cookie));
+}
+
+xcb_window_t OtherClient::createWindow(const Properties &properties, xcb_window_t parent, QRect geometry)
 {
     const xcb_window_t window = xcb_generate_id(m_connection);
-    xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, window, m_root, int16_t(geometry.x()), int16_t(geometry.y()),
-        uint16_t(geometry.width()), uint16_t(geometry.height()), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
-        0, nullptr);
-    const QByteArray wmClass = instance + '\0' + className + '\0';
-    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
-        wmClass.size(), wmClass.constData());
+    xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, window, parent ? parent : m_root, int16_t(geometry.x()),
+        int16_t(geometry.y()), uint16_t(geometry.width()), uint16_t(geometry.height()), 0,
+        XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+    const auto setText = [&](xcb_atom_t property, xcb_atom_t type, std::string_view value) {
+        if (!value.empty())
+            xcb_change_property(
+                m_connection, XCB_PROP_MODE_REPLACE, window, property, type, 8, value.size(), value.data());
+    };
+    const xcb_atom_t utf8 = atom("UTF8_STRING");
+    setText(atom("_GTK_APPLICATION_ID"), utf8, properties.gtkApplicationId);
+    setText(atom("_KDE_NET_WM_DESKTOP_FILE"), utf8, properties.desktopFile);
+    setText(XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, properties.wmClass);
     xcb_map_window(m_connection, window);
     sync();
     return window;
 }
 
+xcb_window_t OtherClient::createWindow(const QByteArray &instance, const QByteArray &className, QRect geometry)
+{
+    const QByteArray wmClass = instance + '\0' + className + '\0';
+    return createWindow({ {}, {}, std::string_view(wmClass.constData(), wmClass.size()) }, XCB_WINDOW_NONE, geometry);
+}
+
+std::optional<xcb_window_t> OtherClient::rootWindowProperty(std::string_view name) const
+{
+    const Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
+        m_connection, xcb_get_property(m_connection, false, m_root, atom(name), XCB_ATOM_WINDOW, 0, 1), nullptr));
+    if (!reply || xcb_get_property_value_length(reply.get()) != 4)
+        return std::nullopt;
+    return *static_cast<const xcb_window_t *>(xcb_get_property_value(reply.get()));
+}
+
+xcb_window_t OtherClient::inputFocus() const
+{
+    const Reply<xcb_get_input_focus_reply_t> reply(
+        xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
+    return reply ? reply->focus : XCB_WINDOW_NONE;
+}
+
+bool OtherClient::setInputFocus(xcb_window_t window)
+{
+    return succeeds(xcb_set_input_focus_checked(m_connection, XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME));
+}
+
+xcb_window_t OtherClient::clipboardOwner() const
+{
+    const xcb_atom_t clipboard = atom("CLIPBOARD");
+    if (clipboard == XCB_ATOM_NONE)
+        return XCB_NONE;
+    const Reply<xcb_get_selection_owner_reply_t> owner(
+        xcb_get_selection_owner_reply(m_connection, xcb_get_selection_owner(m_connection, clipboard), nullptr));
+    return owner ? owner->owner : XCB_NONE;
+}
+
 bool OtherClient::grabKey(uint8_t keyCode, uint16_t modifiers)
 {
-    const Reply<xcb_generic_error_t> error(xcb_request_check(m_connection,
-        xcb_grab_key_checked(
-            m_connection, false, m_root, modifiers, keyCode, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC)));
-    return !error;
+    return succeeds(xcb_grab_key_checked(
+        m_connection, false, m_root, modifiers, keyCode, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
+}
+
+bool OtherClient::lockModifiers(uint8_t affected, uint8_t locked, std::optional<uint8_t> group)
+{
+    // The server takes no XKB request before this one.
+    if (!m_xkbReady) {
+        const Reply<xcb_xkb_use_extension_reply_t> use(
+            xcb_xkb_use_extension_reply(m_connection, xcb_xkb_use_extension(m_connection, 1, 0), nullptr));
+        m_xkbReady = use && use->supported;
+    }
+    return m_xkbReady
+        && succeeds(xcb_xkb_latch_lock_state_checked(m_connection, XCB_XKB_ID_USE_CORE_KBD, affected, locked,
+            group.has_value(), group.value_or(0), 0, false, 0));
+}
+
+QRect OtherClient::rootGeometry(xcb_window_t window) const
+{
+    const Reply<xcb_translate_coordinates_reply_t> origin(xcb_translate_coordinates_reply(
+        m_connection, xcb_translate_coordinates(m_connection, window, m_root, 0, 0), nullptr));
+    const Reply<xcb_get_geometry_reply_t> geometry(
+        xcb_get_geometry_reply(m_connection, xcb_get_geometry(m_connection, window), nullptr));
+    if (!origin || !geometry)
+        return {};
+    return { origin->dst_x, origin->dst_y, geometry->width, geometry->height };
+}
+
+bool OtherClient::isViewable(xcb_window_t window) const
+{
+    const Reply<xcb_get_window_attributes_reply_t> attributes(
+        xcb_get_window_attributes_reply(m_connection, xcb_get_window_attributes(m_connection, window), nullptr));
+    return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
 }
 
 QList<QRect> OtherClient::visibleWindowsOf(qint64 pid) const
@@ -82,14 +174,10 @@ QList<QRect> OtherClient::visibleWindowsOf(qint64 pid) const
                 if (!property || xcb_get_property_value_length(property.get()) != 4
                     || *static_cast<const uint32_t *>(xcb_get_property_value(property.get())) != pid)
                     continue;
-                const Reply<xcb_get_window_attributes_reply_t> attributes(xcb_get_window_attributes_reply(
-                    m_connection, xcb_get_window_attributes(m_connection, window), nullptr));
-                const Reply<xcb_get_geometry_reply_t> geometry(
-                    xcb_get_geometry_reply(m_connection, xcb_get_geometry(m_connection, window), nullptr));
-                const Reply<xcb_translate_coordinates_reply_t> origin(xcb_translate_coordinates_reply(
-                    m_connection, xcb_translate_coordinates(m_connection, window, m_root, 0, 0), nullptr));
-                if (attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE && geometry && origin)
-                    found.append(QRect(origin->dst_x, origin->dst_y, geometry->width, geometry->height));
+                // X has no empty windows: a null rectangle is a window gone.
+                const QRect geometry = rootGeometry(window);
+                if (isViewable(window) && !geometry.isNull())
+                    found.append(geometry);
             }
         }
         pending = next;

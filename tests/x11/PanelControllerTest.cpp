@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "PanelController.h"
 #include "ClipPanel.h"
+#include "OtherClient.h"
 #include "X11Workspace.h"
 
 #include <QCursor>
@@ -35,42 +36,19 @@ void PrintTo(const QRect &rect, std::ostream *out)
 
 namespace {
 
-struct Disconnect {
-    void operator()(xcb_connection_t *connection) const { xcb_disconnect(connection); }
-};
-using Connection = std::unique_ptr<xcb_connection_t, Disconnect>;
-template<typename T> using Reply = std::unique_ptr<T, decltype(&std::free)>;
-
 // Long enough for a window manager on a busy machine; checks poll.
 constexpr int patience = 10'000;
 // Qt waits this long for the focus to come back before it reports it lost;
 // waiting longer shows that nothing happens.
 constexpr int quietSpell = 1'000;
 
-xcb_atom_t atom(xcb_connection_t *connection, std::string_view name)
-{
-    const Reply<xcb_intern_atom_reply_t> reply(
-        xcb_intern_atom_reply(connection, xcb_intern_atom(connection, false, name.size(), name.data()), nullptr),
-        &std::free);
-    return reply ? reply->atom : XCB_ATOM_NONE;
-}
-
-const xcb_screen_t &screen(xcb_connection_t *connection)
-{
-    return *xcb_setup_roots_iterator(xcb_get_setup(connection)).data;
-}
-
-void sync(xcb_connection_t *connection)
-{
-    std::free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
-}
-
 // Another application's window, mapped over the top-left of the screen.
-xcb_window_t createForeignWindow(xcb_connection_t *connection)
+xcb_window_t createForeignWindow(OtherClient &client)
 {
+    xcb_connection_t *connection = client.connection();
     const xcb_window_t window = xcb_generate_id(connection);
-    const uint32_t background = screen(connection).white_pixel;
-    xcb_create_window(connection, XCB_COPY_FROM_PARENT, window, screen(connection).root, 20, 20, 500, 400, 0,
+    const uint32_t background = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->white_pixel;
+    xcb_create_window(connection, XCB_COPY_FROM_PARENT, window, client.root(), 20, 20, 500, 400, 0,
         XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL, &background);
     // WM_NORMAL_HINTS with "user-specified position and size": the window
     // manager places it where asked.
@@ -82,44 +60,16 @@ xcb_window_t createForeignWindow(xcb_connection_t *connection)
     xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
         wmClass.size(), wmClass.data());
     xcb_map_window(connection, window);
-    sync(connection);
+    client.sync();
     return window;
 }
 
-// Where the window really is, in root coordinates.
-QRect rootGeometry(xcb_connection_t *connection, xcb_window_t window)
+QList<quint32> cardinals(const OtherClient &client, xcb_window_t window, std::string_view property)
 {
-    const Reply<xcb_translate_coordinates_reply_t> origin(
-        xcb_translate_coordinates_reply(
-            connection, xcb_translate_coordinates(connection, window, screen(connection).root, 0, 0), nullptr),
-        &std::free);
-    const Reply<xcb_get_geometry_reply_t> geometry(
-        xcb_get_geometry_reply(connection, xcb_get_geometry(connection, window), nullptr), &std::free);
-    if (!origin || !geometry)
-        return {};
-    return { origin->dst_x, origin->dst_y, geometry->width, geometry->height };
-}
-
-bool isViewable(xcb_connection_t *connection, xcb_window_t window)
-{
-    const Reply<xcb_get_window_attributes_reply_t> attributes(
-        xcb_get_window_attributes_reply(connection, xcb_get_window_attributes(connection, window), nullptr),
-        &std::free);
-    return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
-}
-
-xcb_window_t inputFocus(xcb_connection_t *connection)
-{
-    const Reply<xcb_get_input_focus_reply_t> reply(
-        xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr), &std::free);
-    return reply ? reply->focus : XCB_WINDOW_NONE;
-}
-
-QList<quint32> cardinals(xcb_connection_t *connection, xcb_window_t window, std::string_view property)
-{
-    const Reply<xcb_get_property_reply_t> reply(
+    xcb_connection_t *connection = client.connection();
+    const std::unique_ptr<xcb_get_property_reply_t, decltype(&std::free)> reply(
         xcb_get_property_reply(connection,
-            xcb_get_property(connection, false, window, atom(connection, property), XCB_GET_PROPERTY_TYPE_ANY, 0, 64),
+            xcb_get_property(connection, false, window, client.atom(property), XCB_GET_PROPERTY_TYPE_ANY, 0, 64),
             nullptr),
         &std::free);
     if (!reply || reply->format != 32)
@@ -148,11 +98,10 @@ class PanelControllerTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        ASSERT_FALSE(cardinals(other.get(), screen(other.get()).root, "_NET_SUPPORTING_WM_CHECK").isEmpty())
-            << "needs a window manager";
-        foreign = createForeignWindow(other.get());
-        X11Workspace(other.get()).activate({ foreign, std::nullopt });
-        ASSERT_TRUE(QTest::qWaitFor([&] { return inputFocus(other.get()) == foreign; }, patience));
+        ASSERT_FALSE(cardinals(other, other.root(), "_NET_SUPPORTING_WM_CHECK").isEmpty()) << "needs a window manager";
+        foreign = createForeignWindow(other);
+        X11Workspace(other.connection()).activate({ foreign, std::nullopt });
+        ASSERT_TRUE(QTest::qWaitFor([&] { return other.inputFocus() == foreign; }, patience));
     }
 
     // The app never destroys a panel with the focus; here it would leave
@@ -167,18 +116,18 @@ protected:
     // fades and draws translucent.
     void pretendCompositor()
     {
-        const xcb_window_t owner = xcb_generate_id(other.get());
-        xcb_create_window(other.get(), XCB_COPY_FROM_PARENT, owner, screen(other.get()).root, 0, 0, 1, 1, 0,
+        const xcb_window_t owner = xcb_generate_id(other.connection());
+        xcb_create_window(other.connection(), XCB_COPY_FROM_PARENT, owner, other.root(), 0, 0, 1, 1, 0,
             XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
-        xcb_set_selection_owner(other.get(), owner, atom(other.get(), "_NET_WM_CM_S0"), XCB_CURRENT_TIME);
-        sync(other.get());
+        xcb_set_selection_owner(other.connection(), owner, other.atom("_NET_WM_CM_S0"), XCB_CURRENT_TIME);
+        other.sync();
         ASSERT_TRUE(workspace.hasCompositor());
     }
 
     xcb_window_t panelWindow() const { return xcb_window_t(controller.panel().winId()); }
     bool panelHasFocus() const
     {
-        return inputFocus(other.get()) == panelWindow()
+        return other.inputFocus() == panelWindow()
             && QGuiApplication::focusWindow() == controller.panel().windowHandle();
     }
 
@@ -187,7 +136,7 @@ protected:
         if (!movePointer(pointer))
             return false;
         controller.showNearCursor();
-        return QTest::qWaitFor([&] { return isViewable(other.get(), panelWindow()) && panelHasFocus(); }, patience);
+        return QTest::qWaitFor([&] { return other.isViewable(panelWindow()) && panelHasFocus(); }, patience);
     }
 
     // Our own other window, as the preferences will be, clicked.
@@ -206,11 +155,11 @@ protected:
     bool panelGoneAndFocusOn(xcb_window_t window) const
     {
         return QTest::qWaitFor(
-            [&] { return !isViewable(other.get(), panelWindow()) && inputFocus(other.get()) == window; }, patience);
+            [&] { return !other.isViewable(panelWindow()) && other.inputFocus() == window; }, patience);
     }
 
     // Another application on the same display.
-    Connection other { xcb_connect(nullptr, nullptr) };
+    OtherClient other;
     xcb_window_t foreign = 0;
     X11Workspace workspace;
     PanelController controller { new QLabel(QStringLiteral("Zettly")), workspace };
@@ -235,18 +184,18 @@ TEST_F(PanelControllerTest, OpensBesideThePointerWithTheFocus)
         ASSERT_TRUE(showAt(c.pointer));
         EXPECT_TRUE(controller.isShown());
         EXPECT_TRUE(QTest::qWaitFor(
-            [&] { return rootGeometry(other.get(), panelWindow()) == QRect(c.topLeft, QSize(360, 480)); }, patience))
-            << ::testing::PrintToString(rootGeometry(other.get(), panelWindow()));
+            [&] { return other.rootGeometry(panelWindow()) == QRect(c.topLeft, QSize(360, 480)); }, patience))
+            << ::testing::PrintToString(other.rootGeometry(panelWindow()));
         EXPECT_EQ(controller.previousApp(), (RunningApp { foreign, QStringLiteral("Foreign") }));
 
         // No frame, no taskbar or pager entry, above the others, on every
         // desktop: after the first show and after each new one.
-        EXPECT_EQ(cardinals(other.get(), panelWindow(), "_NET_FRAME_EXTENTS"), QList<quint32>({ 0, 0, 0, 0 }));
-        EXPECT_EQ(cardinals(other.get(), panelWindow(), "_NET_WM_DESKTOP"), QList<quint32> { 0xFFFFFFFF });
-        const QList<quint32> states = cardinals(other.get(), panelWindow(), "_NET_WM_STATE");
+        EXPECT_EQ(cardinals(other, panelWindow(), "_NET_FRAME_EXTENTS"), QList<quint32>({ 0, 0, 0, 0 }));
+        EXPECT_EQ(cardinals(other, panelWindow(), "_NET_WM_DESKTOP"), QList<quint32> { 0xFFFFFFFF });
+        const QList<quint32> states = cardinals(other, panelWindow(), "_NET_WM_STATE");
         for (const std::string_view state :
             { "_NET_WM_STATE_SKIP_TASKBAR"sv, "_NET_WM_STATE_SKIP_PAGER"sv, "_NET_WM_STATE_ABOVE"sv })
-            EXPECT_TRUE(states.contains(atom(other.get(), state))) << state;
+            EXPECT_TRUE(states.contains(other.atom(state))) << state;
     }
 }
 
@@ -269,7 +218,7 @@ TEST_F(PanelControllerTest, HideGivesTheFocusBack)
 
         // Again, harmlessly.
         controller.hide();
-        EXPECT_EQ(inputFocus(other.get()), foreign);
+        EXPECT_EQ(other.inputFocus(), foreign);
     }
 }
 
@@ -284,11 +233,11 @@ TEST_F(PanelControllerTest, ShowDuringFadeOutWins)
     // Well past the fade-out's end.
     QTest::qWait(quietSpell);
     EXPECT_TRUE(controller.isShown());
-    EXPECT_TRUE(isViewable(other.get(), panelWindow()));
+    EXPECT_TRUE(other.isViewable(panelWindow()));
     EXPECT_TRUE(panelHasFocus());
     EXPECT_EQ(controller.panel().windowOpacity(), 1.0);
-    EXPECT_TRUE(QTest::qWaitFor(
-        [&] { return rootGeometry(other.get(), panelWindow()).topLeft() == QPoint(208, 104); }, patience));
+    EXPECT_TRUE(
+        QTest::qWaitFor([&] { return other.rootGeometry(panelWindow()).topLeft() == QPoint(208, 104); }, patience));
 }
 
 TEST_F(PanelControllerTest, ClicksHideItOnlyInOtherApplications)
@@ -301,9 +250,9 @@ TEST_F(PanelControllerTest, ClicksHideItOnlyInOtherApplications)
     ASSERT_TRUE(focusPreferences());
     QTest::qWait(quietSpell);
     EXPECT_TRUE(controller.isShown()) << "click in our own window";
-    EXPECT_TRUE(isViewable(other.get(), panelWindow()));
+    EXPECT_TRUE(other.isViewable(panelWindow()));
 
-    ASSERT_TRUE(clickAt(rootGeometry(other.get(), foreign).center()));
+    ASSERT_TRUE(clickAt(other.rootGeometry(foreign).center()));
     EXPECT_TRUE(panelGoneAndFocusOn(foreign));
     EXPECT_FALSE(controller.isShown());
 }
@@ -348,7 +297,7 @@ TEST_F(PanelControllerTest, EscapeTakesThePanelAwayButItStaysShown)
     // The next toggle hides, the one after shows.
     controller.hide();
     EXPECT_FALSE(controller.isShown());
-    EXPECT_EQ(inputFocus(other.get()), foreign);
+    EXPECT_EQ(other.inputFocus(), foreign);
     EXPECT_TRUE(showAt({ 600, 300 }));
 }
 

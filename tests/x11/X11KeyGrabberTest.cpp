@@ -2,6 +2,7 @@
 #include "X11KeyGrabber.h"
 
 #include "HotKeyConfig.h"
+#include "OtherClient.h"
 
 #include <QProcess>
 #include <QSignalSpy>
@@ -10,13 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <xcb/xcb.h>
-// xcb/xkb.h has a struct member named "explicit".
-#pragma clang diagnostic push
-#pragma clang diagnostic ignored "-Wkeyword-macro"
-#define explicit explicit_
-#include <xcb/xkb.h>
-#undef explicit
-#pragma clang diagnostic pop
 
 #include <cstdlib>
 #include <memory>
@@ -47,80 +41,37 @@ bool useLayout(const char *variant = "")
     return run("setxkbmap", { QStringLiteral("us"), QString::fromLatin1(variant), QStringLiteral("-option"), {} });
 }
 
-// Another program on the display.
-class OtherClient {
-public:
-    OtherClient()
-        : m_connection(xcb_connect(nullptr, nullptr))
-        , m_root(xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root)
-    {
-        std::free(xcb_xkb_use_extension_reply(m_connection, xcb_xkb_use_extension(m_connection, 1, 0), nullptr));
-    }
-    ~OtherClient() { xcb_disconnect(m_connection); }
+// Moves Num_Lock from Mod2 to Mod3, which Xvfb leaves empty.
+bool moveNumLockToMod3(xcb_connection_t *connection)
+{
+    const std::unique_ptr<xcb_get_modifier_mapping_reply_t, decltype(&std::free)> mapping(
+        xcb_get_modifier_mapping_reply(connection, xcb_get_modifier_mapping(connection), nullptr), &std::free);
+    if (!mapping)
+        return false;
+    const int width = mapping->keycodes_per_modifier;
+    xcb_keycode_t *keyCodes = xcb_get_modifier_mapping_keycodes(mapping.get());
+    if (keyCodes[XCB_MAP_INDEX_2 * width] != xKeyNumLock || keyCodes[XCB_MAP_INDEX_3 * width] != 0)
+        return false;
+    std::swap(keyCodes[XCB_MAP_INDEX_2 * width], keyCodes[XCB_MAP_INDEX_3 * width]);
+    xcb_set_modifier_mapping_reply_t *set
+        = xcb_set_modifier_mapping_reply(connection, xcb_set_modifier_mapping(connection, width, keyCodes), nullptr);
+    const bool moved = set && set->status == XCB_MAPPING_STATUS_SUCCESS;
+    std::free(set);
+    return moved;
+}
 
-    bool grab(quint16 modifiers)
-    {
-        return succeeds(xcb_grab_key_checked(
-            m_connection, false, m_root, modifiers, xKeyV, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
-    }
-    int presses()
-    {
-        std::free(xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
-        while (xcb_generic_event_t *event = xcb_poll_for_event(m_connection)) {
-            m_presses += (event->response_type & ~0x80) == XCB_KEY_PRESS;
-            std::free(event);
-        }
-        return m_presses;
-    }
-    // Exactly these of Lock, Mod2 and Mod3 locked, as by lock keys.
-    bool lock(quint16 modifiers)
-    {
-        return succeeds(xcb_xkb_latch_lock_state_checked(m_connection, XCB_XKB_ID_USE_CORE_KBD,
-            capsLock | XCB_MOD_MASK_2 | XCB_MOD_MASK_3, modifiers, false, 0, 0, false, 0));
-    }
-    // Moves Num_Lock from Mod2 to Mod3, which Xvfb leaves empty.
-    bool moveNumLockToMod3()
-    {
-        const std::unique_ptr<xcb_get_modifier_mapping_reply_t, decltype(&std::free)> mapping(
-            xcb_get_modifier_mapping_reply(m_connection, xcb_get_modifier_mapping(m_connection), nullptr), &std::free);
-        if (!mapping)
-            return false;
-        const int width = mapping->keycodes_per_modifier;
-        xcb_keycode_t *keyCodes = xcb_get_modifier_mapping_keycodes(mapping.get());
-        if (keyCodes[XCB_MAP_INDEX_2 * width] != xKeyNumLock || keyCodes[XCB_MAP_INDEX_3 * width] != 0)
-            return false;
-        std::swap(keyCodes[XCB_MAP_INDEX_2 * width], keyCodes[XCB_MAP_INDEX_3 * width]);
-        xcb_set_modifier_mapping_reply_t *set = xcb_set_modifier_mapping_reply(
-            m_connection, xcb_set_modifier_mapping(m_connection, width, keyCodes), nullptr);
-        const bool moved = set && set->status == XCB_MAPPING_STATUS_SUCCESS;
-        std::free(set);
-        return moved;
-    }
-    bool repeatKeys()
-    {
-        const quint32 mode = XCB_AUTO_REPEAT_MODE_ON;
-        return succeeds(xcb_change_keyboard_control_checked(m_connection, XCB_KB_AUTO_REPEAT_MODE, &mode));
-    }
-
-private:
-    bool succeeds(xcb_void_cookie_t cookie)
-    {
-        xcb_generic_error_t *error = xcb_request_check(m_connection, cookie);
-        std::free(error);
-        return !error;
-    }
-
-    xcb_connection_t *m_connection;
-    xcb_window_t m_root;
-    int m_presses = 0;
-};
+bool repeatKeys(OtherClient &client)
+{
+    const quint32 mode = XCB_AUTO_REPEAT_MODE_ON;
+    return client.succeeds(xcb_change_keyboard_control_checked(client.connection(), XCB_KB_AUTO_REPEAT_MODE, &mode));
+}
 
 class X11KeyGrabberTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
         ASSERT_TRUE(useLayout());
-        ASSERT_TRUE(other.lock(0));
+        ASSERT_TRUE(lock(0));
         ASSERT_TRUE(marker.grab(0x6F, controlCommand)); // F12
     }
 
@@ -143,6 +94,9 @@ protected:
         QCoreApplication::processEvents();
     }
 
+    // Exactly these of Lock, Mod2 and Mod3 locked, as by lock keys.
+    bool lock(quint16 modifiers) { return other.lockModifiers(capsLock | XCB_MOD_MASK_2 | XCB_MOD_MASK_3, modifiers); }
+
     OtherClient other;
     X11KeyGrabber grabber;
     QSignalSpy presses { &grabber, &KeyGrabber::pressed };
@@ -156,12 +110,12 @@ TEST_F(X11KeyGrabberTest, OnePressWhateverTheLocksAndOnlyWithTheseModifiers)
     ASSERT_TRUE(grabber.grab(positionV, HotKeyConfig::Control));
     ASSERT_TRUE(grabber.grab(positionV, controlCommand));
     for (const quint16 locks : { 0, numLock | 0, capsLock | 0, numLock | capsLock }) {
-        ASSERT_TRUE(other.lock(locks));
+        ASSERT_TRUE(lock(locks));
         press("ctrl+super+v");
         EXPECT_EQ(presses.count(), 1) << "locks " << locks;
         presses.clear();
     }
-    ASSERT_TRUE(other.lock(0));
+    ASSERT_TRUE(lock(0));
     press("ctrl+v");
     press("ctrl+shift+super+v");
     grabber.ungrab();
@@ -171,7 +125,7 @@ TEST_F(X11KeyGrabberTest, OnePressWhateverTheLocksAndOnlyWithTheseModifiers)
 
 TEST_F(X11KeyGrabberTest, HeldKeyReportsOnePress)
 {
-    ASSERT_TRUE(other.repeatKeys());
+    ASSERT_TRUE(repeatKeys(other));
     ASSERT_TRUE(grabber.grab(positionV, controlCommand));
     xdotool("keydown", "ctrl+super+v");
     QTest::qWait(1000); // past the repeat delay, 660 ms by default
@@ -184,13 +138,13 @@ TEST_F(X11KeyGrabberTest, CombinationHeldElsewhereIsRefusedWhole)
 {
     // Only the CapsLock variant is taken: the others, grabbed before the
     // refusal was known, must be given back.
-    ASSERT_TRUE(other.grab(controlSuper | capsLock));
+    ASSERT_TRUE(other.grabKey(xKeyV, controlSuper | capsLock));
     EXPECT_FALSE(grabber.grab(positionV, controlCommand));
     for (const quint16 locks : { 0, numLock | 0, numLock | capsLock })
-        EXPECT_TRUE(other.grab(controlSuper | locks)) << "locks " << locks;
+        EXPECT_TRUE(other.grabKey(xKeyV, controlSuper | locks)) << "locks " << locks;
     press("ctrl+super+v");
     EXPECT_EQ(presses.count(), 0);
-    EXPECT_EQ(other.presses(), 1);
+    EXPECT_EQ(other.takeEvents().count(XCB_KEY_PRESS), 1);
 }
 
 TEST_F(X11KeyGrabberTest, FollowsThePhysicalKeyAcrossKeymapChanges)
@@ -203,9 +157,9 @@ TEST_F(X11KeyGrabberTest, FollowsThePhysicalKeyAcrossKeymapChanges)
     EXPECT_EQ(presses.count(), 1);
 
     // NumLock on another bit: the lock variants are grabbed anew.
-    ASSERT_TRUE(other.moveNumLockToMod3());
+    ASSERT_TRUE(moveNumLockToMod3(other.connection()));
     settle();
-    ASSERT_TRUE(other.lock(XCB_MOD_MASK_3));
+    ASSERT_TRUE(lock(XCB_MOD_MASK_3));
     press("ctrl+super+k");
     EXPECT_EQ(presses.count(), 2);
 }
@@ -213,15 +167,15 @@ TEST_F(X11KeyGrabberTest, FollowsThePhysicalKeyAcrossKeymapChanges)
 TEST_F(X11KeyGrabberTest, RefusedRegrabLeavesNothingGrabbed)
 {
     ASSERT_TRUE(grabber.grab(positionV, controlCommand));
-    ASSERT_TRUE(other.grab(controlSuper | XCB_MOD_MASK_3));
-    ASSERT_TRUE(other.moveNumLockToMod3());
+    ASSERT_TRUE(other.grabKey(xKeyV, controlSuper | XCB_MOD_MASK_3));
+    ASSERT_TRUE(moveNumLockToMod3(other.connection()));
     settle();
     // Neither the old variants nor the new ones are held any more.
     for (const quint16 locks : { 0, numLock | 0, capsLock | 0 })
-        EXPECT_TRUE(other.grab(controlSuper | locks)) << "locks " << locks;
+        EXPECT_TRUE(other.grabKey(xKeyV, controlSuper | locks)) << "locks " << locks;
     press("ctrl+super+v");
     EXPECT_EQ(presses.count(), 0);
-    EXPECT_EQ(other.presses(), 1);
+    EXPECT_EQ(other.takeEvents().count(XCB_KEY_PRESS), 1);
 }
 
 } // namespace

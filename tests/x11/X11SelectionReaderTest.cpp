@@ -2,6 +2,7 @@
 #include "X11SelectionReader.h"
 
 #include "CaptureLimits.h"
+#include "OtherClient.h"
 #include "PasteboardTypes.h"
 #include "TestSelectionOwner.h"
 
@@ -13,9 +14,6 @@
 
 #include <gtest/gtest.h>
 
-#include <xcb/xcb.h>
-
-#include <cstdlib>
 #include <functional>
 #include <optional>
 #include <thread>
@@ -30,21 +28,6 @@ namespace {
 
 using Target = TestSelectionOwner::Target;
 using Behaviour = TestSelectionOwner::Behaviour;
-
-xcb_window_t clipboardOwner()
-{
-    xcb_connection_t *connection = xcb_connect(nullptr, nullptr);
-    xcb_intern_atom_reply_t *atom
-        = xcb_intern_atom_reply(connection, xcb_intern_atom(connection, false, 9, "CLIPBOARD"), nullptr);
-    xcb_get_selection_owner_reply_t *owner = atom
-        ? xcb_get_selection_owner_reply(connection, xcb_get_selection_owner(connection, atom->atom), nullptr)
-        : nullptr;
-    const xcb_window_t window = owner ? owner->owner : XCB_NONE;
-    std::free(owner);
-    std::free(atom);
-    xcb_disconnect(connection);
-    return window;
-}
 
 bool waitUntil(const std::function<bool()> &condition)
 {
@@ -84,7 +67,7 @@ protected:
             },
             Qt::QueuedConnection);
         // The suite shares one server: let the owner of the last test go.
-        ASSERT_TRUE(waitUntil([] { return clipboardOwner() == XCB_NONE; }));
+        ASSERT_TRUE(waitUntil([] { return OtherClient().clipboardOwner() == XCB_NONE; }));
     }
 
     // Requests a read and runs the event loop until its answer comes.

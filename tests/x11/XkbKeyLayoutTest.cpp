@@ -2,21 +2,11 @@
 #include "XkbKeyLayout.h"
 #include "HotKeyConfig.h"
 #include "HotKeyTranslator.h"
+#include "OtherClient.h"
 
 #include <QProcess>
 
 #include <gtest/gtest.h>
-
-#include <xcb/xcb.h>
-// xcb/xkb.h has a struct member named "explicit".
-#pragma clang diagnostic push
-#pragma clang diagnostic ignored "-Wkeyword-macro"
-#define explicit explicit_
-#include <xcb/xkb.h>
-#undef explicit
-#pragma clang diagnostic pop
-
-#include <cstdlib>
 
 void PrintTo(const QString &text, std::ostream *out)
 {
@@ -49,17 +39,7 @@ bool useLayouts(const QString &layouts)
 // The checked request returns once the server has applied it.
 bool lockKeyboard(bool capsLock, uint8_t group)
 {
-    xcb_connection_t *connection = xcb_connect(nullptr, nullptr);
-    xcb_xkb_use_extension_reply_t *use
-        = xcb_xkb_use_extension_reply(connection, xcb_xkb_use_extension(connection, 1, 0), nullptr);
-    const xcb_void_cookie_t cookie = xcb_xkb_latch_lock_state_checked(connection, XCB_XKB_ID_USE_CORE_KBD,
-        XCB_MOD_MASK_LOCK, capsLock ? XCB_MOD_MASK_LOCK : 0, true, group, 0, false, 0);
-    xcb_generic_error_t *error = xcb_request_check(connection, cookie);
-    const bool locked = use && use->supported && !error;
-    std::free(error);
-    std::free(use);
-    xcb_disconnect(connection);
-    return locked;
+    return OtherClient().lockModifiers(XCB_MOD_MASK_LOCK, capsLock ? XCB_MOD_MASK_LOCK : 0, group);
 }
 
 class XkbKeyLayoutTest : public ::testing::Test {

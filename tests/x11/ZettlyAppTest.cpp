@@ -139,6 +139,14 @@ TEST(ZettlyApp, ShortcutTogglesThePanelBesideThePointer)
     ASSERT_TRUE(xdotool({ QStringLiteral("mousemove"), QStringLiteral("800"), QStringLiteral("150"),
         QStringLiteral("click"), QStringLiteral("1") }));
     EXPECT_TRUE(waitForPanel(std::nullopt));
+
+    // A click on the bare desktop moves no focus, and hides the panel too.
+    ASSERT_TRUE(movePointer(100, 100));
+    ASSERT_TRUE(pressShortcut());
+    ASSERT_TRUE(waitForPanel(QPoint(108, 104)));
+    ASSERT_TRUE(xdotool({ QStringLiteral("mousemove"), QStringLiteral("1200"), QStringLiteral("700"),
+        QStringLiteral("click"), QStringLiteral("1") }));
+    EXPECT_TRUE(waitForPanel(std::nullopt));
 }
 
 // A shortcut another program holds leaves Zettly without one, running.
