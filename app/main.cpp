@@ -9,10 +9,10 @@
 
 int main(int argc, char *argv[])
 {
-    // The clipboard and the windows are reached through X11, also under
-    // XWayland, until a Wayland backend exists.
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "xcb");
+    // The clipboard, the shortcut and the windows are reached through X11,
+    // also under XWayland, until a Wayland backend exists: Qt on any other
+    // platform would watch another clipboard than the one the X11 parts read.
+    qputenv("QT_QPA_PLATFORM", "xcb");
     if (!X11Display::isReachable()) {
         std::fputs("zettly : aucun affichage X11 accessible (DISPLAY n'est pas défini ou le serveur ne répond pas) ; "
                    "Zettly s'ouvre dans une session de bureau X11.\n",

@@ -200,8 +200,8 @@ void PanelController::giveFocusBack()
 
 void PanelController::hideIfClickedOutside()
 {
-    // The pointer has not moved since the press; our own windows, the panel
-    // or the preferences, keep it.
+    // Raw presses carry no position: the pointer is taken to be still where
+    // it was pressed. Our own windows, the panel or the preferences, keep it.
     if (m_shown && !QGuiApplication::topLevelAt(QCursor::pos()))
         hide();
 }

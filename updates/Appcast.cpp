@@ -18,12 +18,6 @@ bool isRelease(const QXmlStreamReader &xml, QStringView name)
 }
 
 // Only a web page is offered to the user: never a file: or other address.
-QUrl webUrl(QStringView text)
-{
-    const QUrl url(text.trimmed().toString(), QUrl::StrictMode);
-    const bool web = url.scheme() == u"https" || url.scheme() == u"http";
-    return url.isValid() && web && !url.host().isEmpty() ? url : QUrl();
-}
 
 QString text(QXmlStreamReader &xml)
 {
@@ -44,7 +38,7 @@ std::optional<AppcastRelease> readItem(QXmlStreamReader &xml)
             const QXmlStreamAttributes attributes = xml.attributes();
             if (!hasEnclosure && attributes.hasAttribute(QStringLiteral("url"))) {
                 hasEnclosure = true;
-                enclosureUrl = webUrl(attributes.value(QStringLiteral("url")));
+                enclosureUrl = Appcast::webUrl(attributes.value(QStringLiteral("url")));
                 const auto inRelease = [&](const QString &name) {
                     return attributes.value(Appcast::releaseNamespace, name).trimmed().toString();
                 };
@@ -53,7 +47,7 @@ std::optional<AppcastRelease> readItem(QXmlStreamReader &xml)
             }
             xml.skipCurrentElement();
         } else if (isPlain(xml, u"link")) {
-            link = webUrl(text(xml));
+            link = Appcast::webUrl(text(xml));
         } else if (isRelease(xml, u"version")) {
             elementVersion = text(xml);
         } else if (isRelease(xml, u"shortVersionString")) {
@@ -103,4 +97,11 @@ std::optional<AppcastRelease> Appcast::newestRelease(const QByteArray &feed)
     if (xml.hasError() || !hasChannel)
         return std::nullopt;
     return newest;
+}
+
+QUrl Appcast::webUrl(QStringView text)
+{
+    const QUrl url(text.trimmed().toString(), QUrl::StrictMode);
+    const bool web = url.scheme() == u"https" || url.scheme() == u"http";
+    return url.isValid() && web && !url.host().isEmpty() ? url : QUrl();
 }

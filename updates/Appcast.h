@@ -5,11 +5,17 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QUrl>
 
 #include <optional>
 
 // Reads an update feed: an RSS 2.0 channel whose items carry a release.
 namespace Appcast {
+
+// The address as a web page (http or https, with a host), or an empty one:
+// only a web page is ever offered to the user, never a file: or other
+// address.
+QUrl webUrl(QStringView text);
 
 // The namespace of the version and short version, as item elements or as
 // attributes of the enclosure.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "UpdateCheckProcess.h"
 
+#include "Appcast.h"
+
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QTimer>
@@ -27,9 +29,15 @@ UpdateCheckProcess::UpdateCheckProcess(
     m_process.setProcessChannelMode(QProcess::SeparateChannels);
     m_process.setStandardErrorFile(QProcess::nullDevice());
     connect(&m_process, &QProcess::finished, this, &UpdateCheckProcess::onFinished);
+    m_watchdog.setSingleShot(true);
+    m_watchdog.setInterval(helperTimeoutMs);
+    // A killed helper ends through onFinished() as a failure.
+    connect(&m_watchdog, &QTimer::timeout, &m_process, &QProcess::kill);
     connect(&m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
-        if (error == QProcess::FailedToStart)
-            Q_EMIT checkFailed(Failure::Unreachable, notRunReason());
+        if (error != QProcess::FailedToStart)
+            return;
+        m_watchdog.stop();
+        Q_EMIT checkFailed(Failure::Unreachable, notRunReason());
     });
 }
 
@@ -47,20 +55,19 @@ void UpdateCheckProcess::check()
     if (m_process.state() != QProcess::NotRunning)
         return;
     m_process.start(m_helperPath, { m_feedUrl.toString(QUrl::FullyEncoded), m_currentVersion });
-    QTimer::singleShot(helperTimeoutMs, &m_process, [process = &m_process] {
-        if (process->state() != QProcess::NotRunning)
-            process->kill();
-    });
+    m_watchdog.start();
 }
 
 void UpdateCheckProcess::onFinished(int exitCode, QProcess::ExitStatus status)
 {
+    m_watchdog.stop();
     const QList<QByteArray> lines = m_process.readAllStandardOutput().split('\n');
     const QString kind = QString::fromUtf8(lines.value(0));
     if (status == QProcess::NormalExit && exitCode == 0) {
-        if (kind == u"update" && lines.size() >= 4) {
-            Q_EMIT updateFound(
-                { QString::fromUtf8(lines.at(1)), QString::fromUtf8(lines.at(2)), QUrl::fromEncoded(lines.at(3)) });
+        // Checked again on this side: the helper handles what a server sent.
+        const QUrl download = Appcast::webUrl(QString::fromUtf8(lines.value(3)));
+        if (kind == u"update" && !download.isEmpty()) {
+            Q_EMIT updateFound({ QString::fromUtf8(lines.at(1)), QString::fromUtf8(lines.at(2)), download });
             return;
         }
         if (kind == u"none") {
@@ -79,6 +86,12 @@ void UpdateCheckProcess::onFinished(int exitCode, QProcess::ExitStatus status)
 
 QByteArray UpdateCheckProcess::describeUpdate(const AppcastRelease &release)
 {
+    // One field a line: a feed that slips a line break into a field must not
+    // shift the next one into place.
+    for (const QString &field : { release.version, release.shortVersion }) {
+        if (field.contains(u'\n') || field.contains(u'\r'))
+            return describeFailure(Failure::InvalidFeed, QStringLiteral("Le flux des mises à jour est illisible."));
+    }
     return "update\n" + release.version.toUtf8() + '\n' + release.shortVersion.toUtf8() + '\n'
         + release.downloadUrl.toEncoded() + '\n';
 }

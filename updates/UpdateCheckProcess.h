@@ -4,6 +4,7 @@
 #include "UpdateCheck.h"
 
 #include <QProcess>
+#include <QTimer>
 #include <QUrl>
 
 // Runs the check in the zettly-update-check helper: the TLS stack and the
@@ -30,6 +31,7 @@ private:
     void onFinished(int exitCode, QProcess::ExitStatus status);
 
     QProcess m_process;
+    QTimer m_watchdog;
     QString m_helperPath;
     QUrl m_feedUrl;
     QString m_currentVersion;

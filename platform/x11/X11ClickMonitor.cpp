@@ -28,9 +28,10 @@ X11ClickMonitor::X11ClickMonitor(QObject *parent)
     if (!xinput || !xinput->present)
         return;
     // A client sees XInput 2 events only once it has said which version it
-    // speaks.
+    // speaks; from 2.1 on, raw events come also while another client grabs
+    // the pointer (an open menu).
     const Reply<xcb_input_xi_query_version_reply_t> version(
-        xcb_input_xi_query_version_reply(m_connection, xcb_input_xi_query_version(m_connection, 2, 0), nullptr));
+        xcb_input_xi_query_version_reply(m_connection, xcb_input_xi_query_version(m_connection, 2, 2), nullptr));
     if (!version || version->major_version < 2)
         return;
     m_xinputOpcode = xinput->major_opcode;
@@ -71,6 +72,12 @@ void X11ClickMonitor::select(bool rawButtonPresses)
 
 void X11ClickMonitor::readEvents()
 {
+    // A connection the server dropped stays readable for ever.
+    if (xcb_connection_has_error(m_connection)) {
+        m_notifier->setEnabled(false);
+        m_valid = false;
+        return;
+    }
     bool pressed = false;
     while (xcb_generic_event_t *event = xcb_poll_for_event(m_connection)) {
         if ((event->response_type & 0x7f) == XCB_GE_GENERIC) {

@@ -123,6 +123,9 @@ TEST(UpdateCheckProcess, CarriesEachOutcomeOfTheHelper)
     LocalFeedServer server;
     server.answer("/newer.xml", 200, newerFeed);
     server.answer("/same.xml", 200, appcastFeed(appcastItem("5", "1.5", "https://example.com/a")));
+    // A version that would shift a file: address into the link's line.
+    server.answer("/shifted.xml", 200,
+        appcastFeed(appcastItem("9&#10;x&#10;file:///etc/passwd", "1.9", "https://example.com/a")));
     const QString helper = QStringLiteral(ZETTLY_UPDATE_HELPER);
     {
         UpdateCheckProcess check(helper, server.url(QStringLiteral("/newer.xml")), QStringLiteral("5"));
@@ -140,6 +143,14 @@ TEST(UpdateCheckProcess, CarriesEachOutcomeOfTheHelper)
         check.check();
         ASSERT_TRUE(outcomes.wait());
         EXPECT_EQ(outcomes.none.size(), 1);
+    }
+    {
+        UpdateCheckProcess check(helper, server.url(QStringLiteral("/shifted.xml")), QStringLiteral("5"));
+        Outcomes outcomes(check);
+        check.check();
+        ASSERT_TRUE(outcomes.wait());
+        ASSERT_EQ(outcomes.failed.size(), 1);
+        EXPECT_EQ(outcomes.failed.at(0).at(0).value<UpdateCheck::Failure>(), UpdateCheck::Failure::InvalidFeed);
     }
     for (const QString &path : { helper, QStringLiteral("/nonexistent/zettly-update-check") }) {
         UpdateCheckProcess check(path, server.url(QStringLiteral("/missing.xml")), QStringLiteral("5"));
