@@ -15,6 +15,7 @@ GlobalHotKey::GlobalHotKey(KeyGrabber &grabber, QObject *parent)
     , m_grabber(&grabber)
 {
     connect(&grabber, &KeyGrabber::pressed, this, &GlobalHotKey::onPressed);
+    connect(&grabber, &KeyGrabber::grabLost, this, [this] { m_registered = false; });
 }
 
 GlobalHotKey::~GlobalHotKey()

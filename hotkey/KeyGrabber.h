@@ -22,4 +22,7 @@ Q_SIGNALS:
     // The grabbed combination was pressed, on the main thread. A key held
     // down reports one press.
     void pressed();
+    // The combination could not be grabbed again after a keymap change:
+    // nothing is grabbed any more.
+    void grabLost();
 };

@@ -24,6 +24,12 @@ public:
     std::optional<Combination> grabbed() const { return m_grabbed; }
     // The user pressed this combination: reported when it is the one grabbed.
     void press(Combination combination);
+    // Another program took the grabbed combination when the keymap changed.
+    void loseGrab()
+    {
+        m_grabbed.reset();
+        Q_EMIT grabLost();
+    }
 
     bool grab(quint32 keyCode, quint32 modifiers) override;
     void ungrab() override { m_grabbed.reset(); }

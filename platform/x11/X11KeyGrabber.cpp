@@ -215,6 +215,7 @@ void X11KeyGrabber::regrab()
     if (m_grab && !takeGrab()) {
         qCDebug(lcKeyGrabber) << "The shortcut could not be grabbed again after a keymap change";
         m_grab.reset();
+        Q_EMIT grabLost();
     }
 }
 

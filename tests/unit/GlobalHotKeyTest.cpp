@@ -53,6 +53,12 @@ TEST_F(GlobalHotKeyTest, EachRegistrationReplacesTheLastEvenWhenRefused)
     press(controlCommandV);
     press(optionCommandSpace);
     EXPECT_EQ(first + second, 2);
+
+    // A grab lost to a keymap change is no shortcut any more.
+    registerHotKey(optionCommandSpace, first);
+    ASSERT_TRUE(hotKey.isRegistered());
+    grabber.loseGrab();
+    EXPECT_FALSE(hotKey.isRegistered());
 }
 
 TEST_F(GlobalHotKeyTest, CallbackRunsOneTurnLaterAndMayRegisterAgain)

@@ -167,9 +167,11 @@ TEST_F(X11KeyGrabberTest, FollowsThePhysicalKeyAcrossKeymapChanges)
 TEST_F(X11KeyGrabberTest, RefusedRegrabLeavesNothingGrabbed)
 {
     ASSERT_TRUE(grabber.grab(positionV, controlCommand));
+    const QSignalSpy lost(&grabber, &KeyGrabber::grabLost);
     ASSERT_TRUE(other.grabKey(xKeyV, controlSuper | XCB_MOD_MASK_3));
     ASSERT_TRUE(moveNumLockToMod3(other.connection()));
     settle();
+    EXPECT_EQ(lost.count(), 1);
     // Neither the old variants nor the new ones are held any more.
     for (const quint16 locks : { 0, numLock | 0, capsLock | 0 })
         EXPECT_TRUE(other.grabKey(xKeyV, controlSuper | locks)) << "locks " << locks;
