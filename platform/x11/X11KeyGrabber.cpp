@@ -7,14 +7,8 @@
 #include <QGuiApplication>
 #include <QLoggingCategory>
 
+#include "XcbXkb.h"
 #include <xcb/xcb.h>
-// xcb/xkb.h has a struct member named "explicit".
-#pragma clang diagnostic push
-#pragma clang diagnostic ignored "-Wkeyword-macro"
-#define explicit explicit_
-#include <xcb/xkb.h>
-#undef explicit
-#pragma clang diagnostic pop
 
 #include <algorithm>
 #include <cstdlib>

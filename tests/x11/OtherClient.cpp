@@ -1,13 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "OtherClient.h"
 
-// xcb/xkb.h has a struct member named "explicit".
-#pragma clang diagnostic push
-#pragma clang diagnostic ignored "-Wkeyword-macro"
-#define explicit explicit_
-#include <xcb/xkb.h>
-#undef explicit
-#pragma clang diagnostic pop
+#include "XcbXkb.h"
 
 #include <cstdlib>
 #include <memory>
