@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "PanelProbe.h"
 
+#include "XcbReply.h"
+
 #include "HotKeyConfig.h"
 #include "KeyPositions.h"
 
@@ -24,14 +26,9 @@ constexpr xcb_keysym_t superLKeysym = 0xffeb;
 // X11 numbers keys as evdev codes shifted by 8.
 constexpr quint32 evdevToXKeyCode = 8;
 
-struct FreeDeleter {
-    void operator()(void *pointer) const { std::free(pointer); }
-};
-template<typename T> using Reply = std::unique_ptr<T, FreeDeleter>;
-
 xcb_atom_t internAtom(xcb_connection_t *connection, const char *name)
 {
-    const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
+    const XcbReply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
         connection, xcb_intern_atom(connection, false, uint16_t(std::strlen(name)), name), nullptr));
     return reply ? reply->atom : XCB_ATOM_NONE;
 }
@@ -75,7 +72,7 @@ bool PanelProbe::connectToServer()
     }
     const xcb_query_extension_reply_t *damage = xcb_get_extension_data(m_connection, &xcb_damage_id);
     // The version must be asked before any other DAMAGE request.
-    const Reply<xcb_damage_query_version_reply_t> version(damage && damage->present
+    const XcbReply<xcb_damage_query_version_reply_t> version(damage && damage->present
             ? xcb_damage_query_version_reply(m_connection, xcb_damage_query_version(m_connection, 1, 1), nullptr)
             : nullptr);
     if (!version) {
@@ -95,7 +92,7 @@ bool PanelProbe::findKeyCodes()
 {
     const xcb_setup_t *setup = xcb_get_setup(m_connection);
     const int count = setup->max_keycode - setup->min_keycode + 1;
-    const Reply<xcb_get_keyboard_mapping_reply_t> mapping(xcb_get_keyboard_mapping_reply(
+    const XcbReply<xcb_get_keyboard_mapping_reply_t> mapping(xcb_get_keyboard_mapping_reply(
         m_connection, xcb_get_keyboard_mapping(m_connection, setup->min_keycode, count), nullptr));
     if (!mapping || mapping->keysyms_per_keycode == 0) {
         m_error = QStringLiteral("cannot read the keyboard mapping");
@@ -127,7 +124,7 @@ bool PanelProbe::findKeyCodes()
 
 bool PanelProbe::hasWindowManager() const
 {
-    const Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
+    const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
         m_connection, xcb_get_property(m_connection, false, m_root, m_wmCheckAtom, XCB_ATOM_WINDOW, 0, 1), nullptr));
     return reply && reply->type == XCB_ATOM_WINDOW && xcb_get_property_value_length(reply.get()) == 4;
 }
@@ -307,10 +304,10 @@ void PanelProbe::adoptPanel(quint32 window)
     const xcb_get_window_attributes_cookie_t attributesCookie = xcb_get_window_attributes(m_connection, window);
     const xcb_query_tree_cookie_t treeCookie = xcb_query_tree(m_connection, window);
     const xcb_get_geometry_cookie_t geometryCookie = xcb_get_geometry(m_connection, window);
-    const Reply<xcb_get_window_attributes_reply_t> attributes(
+    const XcbReply<xcb_get_window_attributes_reply_t> attributes(
         xcb_get_window_attributes_reply(m_connection, attributesCookie, nullptr));
-    const Reply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(m_connection, treeCookie, nullptr));
-    const Reply<xcb_get_geometry_reply_t> geometry(xcb_get_geometry_reply(m_connection, geometryCookie, nullptr));
+    const XcbReply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(m_connection, treeCookie, nullptr));
+    const XcbReply<xcb_get_geometry_reply_t> geometry(xcb_get_geometry_reply(m_connection, geometryCookie, nullptr));
     m_panelMapped = attributes && attributes->map_state != XCB_MAP_STATE_UNMAPPED;
     m_mapped.insert(window, m_panelMapped);
     if (geometry) {
@@ -345,7 +342,7 @@ void PanelProbe::reparented(quint32 window, quint32 parent, Clock::time_point no
             // A frame not created under the root: watch it on its own.
             if (!m_mapped.contains(parent)) {
                 selectEvents(m_connection, parent, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
-                const Reply<xcb_get_window_attributes_reply_t> attributes(xcb_get_window_attributes_reply(
+                const XcbReply<xcb_get_window_attributes_reply_t> attributes(xcb_get_window_attributes_reply(
                     m_connection, xcb_get_window_attributes(m_connection, parent), nullptr));
                 m_mapped.insert(parent, attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE);
             }
@@ -393,7 +390,7 @@ void PanelProbe::updateViewable(Clock::time_point now)
 
 std::optional<qint64> PanelProbe::windowPid(quint32 window)
 {
-    const Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
+    const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
         m_connection, xcb_get_property(m_connection, false, window, m_pidAtom, XCB_ATOM_CARDINAL, 0, 1), nullptr));
     if (!reply || reply->type != XCB_ATOM_CARDINAL || reply->format != 32
         || xcb_get_property_value_length(reply.get()) != 4)

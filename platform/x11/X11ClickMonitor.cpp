@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "X11ClickMonitor.h"
 
+#include "XcbReply.h"
+
 #include <QSocketNotifier>
 
 #include <xcb/xcb.h>
@@ -8,15 +10,6 @@
 
 #include <cstdlib>
 #include <memory>
-
-namespace {
-
-struct FreeDeleter {
-    void operator()(void *pointer) const { std::free(pointer); }
-};
-template<typename T> using Reply = std::unique_ptr<T, FreeDeleter>;
-
-} // namespace
 
 X11ClickMonitor::X11ClickMonitor(QObject *parent)
     : ClickMonitor(parent)
@@ -30,7 +23,7 @@ X11ClickMonitor::X11ClickMonitor(QObject *parent)
     // A client sees XInput 2 events only once it has said which version it
     // speaks; from 2.1 on, raw events come also while another client grabs
     // the pointer (an open menu).
-    const Reply<xcb_input_xi_query_version_reply_t> version(
+    const XcbReply<xcb_input_xi_query_version_reply_t> version(
         xcb_input_xi_query_version_reply(m_connection, xcb_input_xi_query_version(m_connection, 2, 2), nullptr));
     if (!version || version->major_version < 2)
         return;

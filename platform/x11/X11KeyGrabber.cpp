@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "X11KeyGrabber.h"
 
+#include "XcbReply.h"
+
 #include "HotKeyConfig.h"
 #include "KeyPositions.h"
 
@@ -23,11 +25,6 @@ Q_LOGGING_CATEGORY(lcKeyGrabber, "zettly.x11", QtWarningMsg)
 constexpr quint32 evdevToXKeyCode = 8;
 constexpr xcb_keysym_t numLockKeysym = 0xff7f;
 constexpr quint16 modifierBits = 0xff;
-
-struct FreeDeleter {
-    void operator()(void *pointer) const { std::free(pointer); }
-};
-template<typename T> using Reply = std::unique_ptr<T, FreeDeleter>;
 
 // Bits beyond the four modifiers have no counterpart here and are left out.
 quint16 xModifiers(quint32 stored)
@@ -52,9 +49,10 @@ quint16 numLockModifier(xcb_connection_t *connection)
     const xcb_get_modifier_mapping_cookie_t modifiersCookie = xcb_get_modifier_mapping(connection);
     const xcb_get_keyboard_mapping_cookie_t keysCookie
         = xcb_get_keyboard_mapping(connection, setup->min_keycode, setup->max_keycode - setup->min_keycode + 1);
-    const Reply<xcb_get_modifier_mapping_reply_t> modifiers(
+    const XcbReply<xcb_get_modifier_mapping_reply_t> modifiers(
         xcb_get_modifier_mapping_reply(connection, modifiersCookie, nullptr));
-    const Reply<xcb_get_keyboard_mapping_reply_t> keys(xcb_get_keyboard_mapping_reply(connection, keysCookie, nullptr));
+    const XcbReply<xcb_get_keyboard_mapping_reply_t> keys(
+        xcb_get_keyboard_mapping_reply(connection, keysCookie, nullptr));
     if (!modifiers || !keys)
         return 0;
 
@@ -155,7 +153,7 @@ bool X11KeyGrabber::takeGrab()
     }
     bool taken = true;
     for (const xcb_void_cookie_t cookie : std::as_const(cookies)) {
-        if (const Reply<xcb_generic_error_t> error(xcb_request_check(m_connection, cookie)); error) {
+        if (const XcbReply<xcb_generic_error_t> error(xcb_request_check(m_connection, cookie)); error) {
             qCDebug(lcKeyGrabber) << "Key grab refused, X error" << error->error_code;
             taken = false;
         }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "X11SelectionReader.h"
 
+#include "XcbReply.h"
+
 #include "CaptureLimits.h"
 #include "ImageHeader.h"
 #include "PasteboardTypes.h"
@@ -30,11 +32,6 @@ namespace {
 Q_LOGGING_CATEGORY(lcReader, "zettly.x11", QtWarningMsg)
 
 using Clock = std::chrono::steady_clock;
-
-struct FreeDeleter {
-    void operator()(void *pointer) const { std::free(pointer); }
-};
-template<typename T> using Reply = std::unique_ptr<T, FreeDeleter>;
 
 constexpr auto answerTimeout = std::chrono::milliseconds(X11SelectionReader::answerTimeoutMs);
 // Each conversion gets a property of its own, so that a late answer to an
@@ -110,7 +107,7 @@ struct X11SelectionReader::Worker {
     bool isAbandoned();
     void drainWake();
     void idle();
-    Wait waitForEvent(Clock::time_point deadline, Reply<xcb_generic_event_t> &event);
+    Wait waitForEvent(Clock::time_point deadline, XcbReply<xcb_generic_event_t> &event);
 
     bool read(ClipboardSnapshot &snapshot);
     Outcome readText(const QList<QByteArray> &offered, QByteArray &text);
@@ -174,7 +171,7 @@ X11SelectionReader::Worker::Worker(X11SelectionReader *reader, const QByteArray 
     for (const QByteArray &name : names)
         cookies.append(xcb_intern_atom(m_connection, false, name.size(), name.constData()));
     for (qsizetype i = 0; i < names.size(); ++i) {
-        Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(m_connection, cookies.at(i), nullptr));
+        XcbReply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(m_connection, cookies.at(i), nullptr));
         if (!reply)
             return;
         m_atoms.insert(names.at(i), reply->atom);
@@ -278,7 +275,7 @@ void X11SelectionReader::Worker::drainWake()
 
 void X11SelectionReader::Worker::idle()
 {
-    Reply<xcb_generic_event_t> event;
+    XcbReply<xcb_generic_event_t> event;
     // Events now are late answers to abandoned reads: of no use.
     Wait wait;
     while ((wait = waitForEvent(Clock::time_point::max(), event)) == Wait::Event) { }
@@ -289,7 +286,7 @@ void X11SelectionReader::Worker::idle()
     }
 }
 
-Wait X11SelectionReader::Worker::waitForEvent(Clock::time_point deadline, Reply<xcb_generic_event_t> &event)
+Wait X11SelectionReader::Worker::waitForEvent(Clock::time_point deadline, XcbReply<xcb_generic_event_t> &event)
 {
     for (;;) {
         event.reset(xcb_poll_for_event(m_connection));
@@ -319,7 +316,7 @@ Wait X11SelectionReader::Worker::waitForEvent(Clock::time_point deadline, Reply<
 
 bool X11SelectionReader::Worker::read(ClipboardSnapshot &snapshot)
 {
-    Reply<xcb_get_selection_owner_reply_t> owner(
+    XcbReply<xcb_get_selection_owner_reply_t> owner(
         xcb_get_selection_owner_reply(m_connection, xcb_get_selection_owner(m_connection, m_clipboard), nullptr));
     if (!owner)
         return false;
@@ -436,7 +433,7 @@ bool X11SelectionReader::Worker::fetchAtomNames(const QList<xcb_atom_t> &atoms)
     }
     for (const auto &[atom, cookie] : cookies) {
         // An owner may list atoms that do not exist: those stay nameless.
-        Reply<xcb_get_atom_name_reply_t> reply(xcb_get_atom_name_reply(m_connection, cookie, nullptr));
+        XcbReply<xcb_get_atom_name_reply_t> reply(xcb_get_atom_name_reply(m_connection, cookie, nullptr));
         if (!reply)
             continue;
         const QByteArray name(xcb_get_atom_name_name(reply.get()), xcb_get_atom_name_name_length(reply.get()));
@@ -480,7 +477,7 @@ Outcome X11SelectionReader::Worker::awaitOwner(
 {
     const auto deadline = Clock::now() + answerTimeout;
     for (;;) {
-        Reply<xcb_generic_event_t> event;
+        XcbReply<xcb_generic_event_t> event;
         const Wait wait = waitForEvent(deadline, event);
         if (wait == Wait::TimedOut)
             return Outcome::TimedOut;
@@ -560,7 +557,7 @@ Conversion X11SelectionReader::Worker::readProperty(xcb_atom_t property, qint64 
 {
     // One unit more than allowed shows whether there is more.
     const auto units = uint32_t(maxBytes / 4 + 1);
-    Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(m_connection,
+    XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(m_connection,
         xcb_get_property(m_connection, false, m_window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, units), nullptr));
     if (!reply)
         return { Outcome::Abandoned };

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "X11Workspace.h"
 
+#include "XcbReply.h"
+
 #include <QGuiApplication>
 
 #include <xcb/xcb.h>
@@ -11,11 +13,6 @@
 #include <memory>
 
 namespace {
-
-struct FreeDeleter {
-    void operator()(void *pointer) const { std::free(pointer); }
-};
-template<typename T> using Reply = std::unique_ptr<T, FreeDeleter>;
 
 // Identifiers and class names are short; this bounds what a hostile window
 // can make us read.
@@ -42,7 +39,7 @@ xcb_get_property_cookie_t requestProperty(xcb_connection_t *connection, xcb_wind
 // A single window id held in a property; nullopt when the property is absent.
 std::optional<xcb_window_t> windowValue(xcb_connection_t *connection, xcb_get_property_cookie_t cookie)
 {
-    const Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection, cookie, nullptr));
+    const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection, cookie, nullptr));
     if (!reply || reply->type == XCB_ATOM_NONE || reply->format != 32 || xcb_get_property_value_length(reply.get()) < 4)
         return std::nullopt;
     return *static_cast<const xcb_window_t *>(xcb_get_property_value(reply.get()));
@@ -88,7 +85,7 @@ X11Workspace::X11Workspace(xcb_connection_t *connection)
         cookies[i] = xcb_intern_atom(m_connection, false, qstrlen(names[i]), names[i]);
     std::array<xcb_atom_t, names.size()> atoms {};
     for (size_t i = 0; i < names.size(); ++i) {
-        const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(m_connection, cookies[i], nullptr));
+        const XcbReply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(m_connection, cookies[i], nullptr));
         if (!reply)
             return;
         atoms[i] = reply->atom;
@@ -123,7 +120,7 @@ void X11Workspace::activate(const RunningApp &app)
         return;
     const auto window = static_cast<xcb_window_t>(app.windowId);
     // Activating a window that has gone raises BadWindow.
-    const Reply<xcb_get_window_attributes_reply_t> attributes(
+    const XcbReply<xcb_get_window_attributes_reply_t> attributes(
         xcb_get_window_attributes_reply(m_connection, xcb_get_window_attributes(m_connection, window), nullptr));
     if (!attributes)
         return;
@@ -159,7 +156,7 @@ bool X11Workspace::hasCompositor() const
 {
     if (!m_root)
         return false;
-    const Reply<xcb_get_selection_owner_reply_t> owner(xcb_get_selection_owner_reply(
+    const XcbReply<xcb_get_selection_owner_reply_t> owner(xcb_get_selection_owner_reply(
         m_connection, xcb_get_selection_owner(m_connection, m_compositorSelection), nullptr));
     return owner && owner->owner != XCB_WINDOW_NONE;
 }
@@ -169,7 +166,7 @@ void X11Workspace::prepareFloatingPanel(quint64 windowId)
     if (!m_root || !windowId || windowId > std::numeric_limits<xcb_window_t>::max())
         return;
     const auto window = static_cast<xcb_window_t>(windowId);
-    const Reply<xcb_get_property_reply_t> current(xcb_get_property_reply(m_connection,
+    const XcbReply<xcb_get_property_reply_t> current(xcb_get_property_reply(m_connection,
         xcb_get_property(m_connection, false, window, m_netWmState, XCB_ATOM_ATOM, 0, maxPropertyWords), nullptr));
     // No reply: the window has gone.
     if (!current)
@@ -217,7 +214,7 @@ std::optional<quint32> X11Workspace::activeWindow() const
 
 std::optional<quint32> X11Workspace::focusedClient() const
 {
-    const Reply<xcb_get_input_focus_reply_t> focus(
+    const XcbReply<xcb_get_input_focus_reply_t> focus(
         xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
     if (!focus || focus->focus == XCB_WINDOW_NONE || focus->focus == XCB_INPUT_FOCUS_POINTER_ROOT
         || focus->focus == m_root)
@@ -231,7 +228,7 @@ std::optional<quint32> X11Workspace::focusedClient() const
 std::optional<quint32> X11Workspace::topLevelOf(quint32 window) const
 {
     for (int step = 0; step < maxTreeWalk; ++step) {
-        const Reply<xcb_query_tree_reply_t> tree(
+        const XcbReply<xcb_query_tree_reply_t> tree(
             xcb_query_tree_reply(m_connection, xcb_query_tree(m_connection, window), nullptr));
         if (!tree)
             return std::nullopt;
@@ -251,7 +248,7 @@ quint32 X11Workspace::clientOf(quint32 topLevel) const
         for (const quint32 window : std::as_const(level)) {
             if (hasWmClass(window))
                 return window;
-            const Reply<xcb_query_tree_reply_t> tree(
+            const XcbReply<xcb_query_tree_reply_t> tree(
                 xcb_query_tree_reply(m_connection, xcb_query_tree(m_connection, window), nullptr));
             if (!tree)
                 continue;
@@ -267,7 +264,7 @@ quint32 X11Workspace::clientOf(quint32 topLevel) const
 
 bool X11Workspace::hasWmClass(quint32 window) const
 {
-    const Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(m_connection,
+    const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(m_connection,
         xcb_get_property(m_connection, false, window, XCB_ATOM_WM_CLASS, XCB_GET_PROPERTY_TYPE_ANY, 0, 0), nullptr));
     return reply && reply->type != XCB_ATOM_NONE;
 }
@@ -280,9 +277,9 @@ std::optional<RunningApp> X11Workspace::identify(quint32 window) const
     const xcb_get_property_cookie_t gtkCookie = requestProperty(m_connection, window, m_gtkApplicationId);
     const xcb_get_property_cookie_t kdeCookie = requestProperty(m_connection, window, m_kdeDesktopFile);
     const xcb_get_property_cookie_t classCookie = requestProperty(m_connection, window, XCB_ATOM_WM_CLASS);
-    const Reply<xcb_get_property_reply_t> gtk(xcb_get_property_reply(m_connection, gtkCookie, nullptr));
-    const Reply<xcb_get_property_reply_t> kde(xcb_get_property_reply(m_connection, kdeCookie, nullptr));
-    const Reply<xcb_get_property_reply_t> wmClass(xcb_get_property_reply(m_connection, classCookie, nullptr));
+    const XcbReply<xcb_get_property_reply_t> gtk(xcb_get_property_reply(m_connection, gtkCookie, nullptr));
+    const XcbReply<xcb_get_property_reply_t> kde(xcb_get_property_reply(m_connection, kdeCookie, nullptr));
+    const XcbReply<xcb_get_property_reply_t> wmClass(xcb_get_property_reply(m_connection, classCookie, nullptr));
     // No reply: the window has gone since we learnt its id.
     if (!gtk || !kde || !wmClass)
         return std::nullopt;

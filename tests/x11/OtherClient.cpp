@@ -1,19 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "OtherClient.h"
 
+#include "XcbReply.h"
+
 #include "XcbXkb.h"
 
 #include <cstdlib>
 #include <memory>
-
-namespace {
-
-struct FreeDeleter {
-    void operator()(void *pointer) const { std::free(pointer); }
-};
-template<typename T> using Reply = std::unique_ptr<T, FreeDeleter>;
-
-} // namespace
 
 OtherClient::OtherClient()
     : m_connection(xcb_connect(nullptr, nullptr))
@@ -28,7 +21,7 @@ OtherClient::~OtherClient()
 
 xcb_atom_t OtherClient::atom(std::string_view name) const
 {
-    const Reply<xcb_intern_atom_reply_t> reply(
+    const XcbReply<xcb_intern_atom_reply_t> reply(
         xcb_intern_atom_reply(m_connection, xcb_intern_atom(m_connection, false, name.size(), name.data()), nullptr));
     return reply ? reply->atom : XCB_ATOM_NONE;
 }
@@ -42,14 +35,14 @@ QList<uint8_t> OtherClient::takeEvents()
 {
     sync();
     QList<uint8_t> types;
-    while (const Reply<xcb_generic_event_t> event { xcb_poll_for_event(m_connection) })
+    while (const XcbReply<xcb_generic_event_t> event { xcb_poll_for_event(m_connection) })
         types.append(event->response_type & ~0x80);
     return types;
 }
 
 bool OtherClient::succeeds(xcb_void_cookie_t cookie)
 {
-    return !Reply<xcb_generic_error_t>(xcb_request_check(m_connection, cookie));
+    return !XcbReply<xcb_generic_error_t>(xcb_request_check(m_connection, cookie));
 }
 
 xcb_window_t OtherClient::createWindow(const Properties &properties, xcb_window_t parent, QRect geometry)
@@ -80,7 +73,7 @@ xcb_window_t OtherClient::createWindow(const QByteArray &instance, const QByteAr
 
 std::optional<xcb_window_t> OtherClient::rootWindowProperty(std::string_view name) const
 {
-    const Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
+    const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
         m_connection, xcb_get_property(m_connection, false, m_root, atom(name), XCB_ATOM_WINDOW, 0, 1), nullptr));
     if (!reply || xcb_get_property_value_length(reply.get()) != 4)
         return std::nullopt;
@@ -89,7 +82,7 @@ std::optional<xcb_window_t> OtherClient::rootWindowProperty(std::string_view nam
 
 xcb_window_t OtherClient::inputFocus() const
 {
-    const Reply<xcb_get_input_focus_reply_t> reply(
+    const XcbReply<xcb_get_input_focus_reply_t> reply(
         xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
     return reply ? reply->focus : XCB_WINDOW_NONE;
 }
@@ -104,7 +97,7 @@ xcb_window_t OtherClient::clipboardOwner() const
     const xcb_atom_t clipboard = atom("CLIPBOARD");
     if (clipboard == XCB_ATOM_NONE)
         return XCB_NONE;
-    const Reply<xcb_get_selection_owner_reply_t> owner(
+    const XcbReply<xcb_get_selection_owner_reply_t> owner(
         xcb_get_selection_owner_reply(m_connection, xcb_get_selection_owner(m_connection, clipboard), nullptr));
     return owner ? owner->owner : XCB_NONE;
 }
@@ -119,7 +112,7 @@ bool OtherClient::lockModifiers(uint8_t affected, uint8_t locked, std::optional<
 {
     // The server takes no XKB request before this one.
     if (!m_xkbReady) {
-        const Reply<xcb_xkb_use_extension_reply_t> use(
+        const XcbReply<xcb_xkb_use_extension_reply_t> use(
             xcb_xkb_use_extension_reply(m_connection, xcb_xkb_use_extension(m_connection, 1, 0), nullptr));
         m_xkbReady = use && use->supported;
     }
@@ -130,9 +123,9 @@ bool OtherClient::lockModifiers(uint8_t affected, uint8_t locked, std::optional<
 
 QRect OtherClient::rootGeometry(xcb_window_t window) const
 {
-    const Reply<xcb_translate_coordinates_reply_t> origin(xcb_translate_coordinates_reply(
+    const XcbReply<xcb_translate_coordinates_reply_t> origin(xcb_translate_coordinates_reply(
         m_connection, xcb_translate_coordinates(m_connection, window, m_root, 0, 0), nullptr));
-    const Reply<xcb_get_geometry_reply_t> geometry(
+    const XcbReply<xcb_get_geometry_reply_t> geometry(
         xcb_get_geometry_reply(m_connection, xcb_get_geometry(m_connection, window), nullptr));
     if (!origin || !geometry)
         return {};
@@ -141,7 +134,7 @@ QRect OtherClient::rootGeometry(xcb_window_t window) const
 
 bool OtherClient::isViewable(xcb_window_t window) const
 {
-    const Reply<xcb_get_window_attributes_reply_t> attributes(
+    const XcbReply<xcb_get_window_attributes_reply_t> attributes(
         xcb_get_window_attributes_reply(m_connection, xcb_get_window_attributes(m_connection, window), nullptr));
     return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
 }
@@ -155,7 +148,7 @@ QList<QRect> OtherClient::visibleWindowsOf(qint64 pid) const
     for (int depth = 0; depth < 3 && !pending.isEmpty(); ++depth) {
         QList<xcb_window_t> next;
         for (const xcb_window_t parent : std::as_const(pending)) {
-            const Reply<xcb_query_tree_reply_t> tree(
+            const XcbReply<xcb_query_tree_reply_t> tree(
                 xcb_query_tree_reply(m_connection, xcb_query_tree(m_connection, parent), nullptr));
             if (!tree)
                 continue;
@@ -163,7 +156,7 @@ QList<QRect> OtherClient::visibleWindowsOf(qint64 pid) const
             for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) {
                 const xcb_window_t window = children[i];
                 next.append(window);
-                const Reply<xcb_get_property_reply_t> property(xcb_get_property_reply(m_connection,
+                const XcbReply<xcb_get_property_reply_t> property(xcb_get_property_reply(m_connection,
                     xcb_get_property(m_connection, false, window, pidAtom, XCB_ATOM_CARDINAL, 0, 1), nullptr));
                 if (!property || xcb_get_property_value_length(property.get()) != 4
                     || *static_cast<const uint32_t *>(xcb_get_property_value(property.get())) != pid)

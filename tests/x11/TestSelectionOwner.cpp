@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "TestSelectionOwner.h"
 
+#include "XcbReply.h"
+
 #include <QElapsedTimer>
 #include <QHash>
 
@@ -14,14 +16,9 @@
 
 namespace {
 
-struct FreeDeleter {
-    void operator()(void *pointer) const { std::free(pointer); }
-};
-template<typename T> using Reply = std::unique_ptr<T, FreeDeleter>;
-
 xcb_atom_t internAtom(xcb_connection_t *connection, const QByteArray &name)
 {
-    Reply<xcb_intern_atom_reply_t> reply(
+    XcbReply<xcb_intern_atom_reply_t> reply(
         xcb_intern_atom_reply(connection, xcb_intern_atom(connection, false, name.size(), name.constData()), nullptr));
     return reply ? reply->atom : XCB_NONE;
 }
@@ -82,7 +79,7 @@ TestSelectionOwner::TestSelectionOwner(QList<Target> targets, Behaviour behaviou
     xcb_change_property(s.m_connection, XCB_PROP_MODE_APPEND, s.m_window, s.m_ownAtom, XCB_ATOM_STRING, 8, 0, nullptr);
     xcb_flush(s.m_connection);
     xcb_timestamp_t time = XCB_CURRENT_TIME;
-    while (Reply<xcb_generic_event_t> event { xcb_wait_for_event(s.m_connection) }) {
+    while (XcbReply<xcb_generic_event_t> event { xcb_wait_for_event(s.m_connection) }) {
         if ((event->response_type & 0x7f) == XCB_PROPERTY_NOTIFY) {
             time = reinterpret_cast<xcb_property_notify_event_t *>(event.get())->time;
             break;
@@ -126,7 +123,7 @@ bool TestSelectionOwner::waitUntilOwner(int timeoutMs) const
     QElapsedTimer timer;
     timer.start();
     for (;;) {
-        Reply<xcb_get_selection_owner_reply_t> owner(xcb_get_selection_owner_reply(
+        XcbReply<xcb_get_selection_owner_reply_t> owner(xcb_get_selection_owner_reply(
             s.m_connection, xcb_get_selection_owner(s.m_connection, s.m_clipboard), nullptr));
         if (owner && owner->owner == s.m_window)
             return true;
@@ -149,7 +146,7 @@ std::chrono::steady_clock::time_point TestSelectionOwner::ownershipRequestedAt()
 
 void TestSelectionOwner::Server::serve()
 {
-    while (Reply<xcb_generic_event_t> event { xcb_wait_for_event(m_connection) }) {
+    while (XcbReply<xcb_generic_event_t> event { xcb_wait_for_event(m_connection) }) {
         const uint8_t type = event->response_type & 0x7f;
         if (type == XCB_CLIENT_MESSAGE
             && reinterpret_cast<xcb_client_message_event_t *>(event.get())->type == m_ownAtom)
@@ -163,7 +160,7 @@ void TestSelectionOwner::Server::answer(const xcb_selection_request_event_t &req
 {
     QByteArray name = m_names.value(request.target);
     if (name.isEmpty()) {
-        Reply<xcb_get_atom_name_reply_t> reply(
+        XcbReply<xcb_get_atom_name_reply_t> reply(
             xcb_get_atom_name_reply(m_connection, xcb_get_atom_name(m_connection, request.target), nullptr));
         if (reply)
             name = QByteArray(xcb_get_atom_name_name(reply.get()), xcb_get_atom_name_name_length(reply.get()));
