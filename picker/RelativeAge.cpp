@@ -32,7 +32,10 @@ constexpr std::array units {
 
 RelativeAge::RelativeAge(const QString &localeName)
 {
-    const QString name = localeName.isEmpty() ? QLocale::system().name() : localeName;
+    QString name = localeName.isEmpty() ? QLocale::system().name() : localeName;
+    // ICU's root locale, which "C" names, has no plural forms: "1 hours ago".
+    if (name == QLatin1String("C"))
+        name = QStringLiteral("en");
     UErrorCode status = U_ZERO_ERROR;
     auto formatter = std::make_unique<icu::RelativeDateTimeFormatter>(
         icu::Locale(name.toUtf8().constData()), nullptr, UDAT_STYLE_LONG, UDISPCTX_CAPITALIZATION_NONE, status);
