@@ -16,6 +16,7 @@ packages=(
     libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev
     # real-X tests
     xvfb xauth x11-xkb-utils xkb-data openbox xdotool xclip x11-utils
+    python3-pyatspi at-spi2-core dbus-x11
     # packaging test
     desktop-file-utils
 )
