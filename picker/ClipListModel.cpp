@@ -24,6 +24,10 @@ ClipListModel::ClipListModel(const ClipboardStore &store, QObject *parent)
 
 void ClipListModel::setQuery(const QString &query)
 {
+    // Each showing empties the query: most of the time it already is, and a
+    // reset would lay out the list again for nothing.
+    if (query == m_query)
+        return;
     beginResetModel();
     m_query = query;
     m_rows = isFiltered() ? m_index.matchingRows(m_store.items(), m_query) : QList<qsizetype>();

@@ -214,7 +214,8 @@ QWidget *ContentView::divider()
     auto *line = new QWidget(this);
     line->setFixedHeight(1);
     QPalette palette = line->palette();
-    palette.setColor(QPalette::Window, SymbolPainter::withAlpha(palette.color(QPalette::WindowText), 0.3));
+    // A faint line, as dividers are, drawn at 0.3 opacity.
+    palette.setColor(QPalette::Window, SymbolPainter::withAlpha(palette.color(QPalette::WindowText), 0.4 * 0.3));
     line->setPalette(palette);
     line->setAutoFillBackground(true);
     return line;
