@@ -36,6 +36,7 @@ constexpr int traySymbol = 32;
 constexpr int calloutPixels = 12;
 constexpr int captionPixels = 11;
 constexpr int gearSymbol = 13;
+constexpr int prepareSearchDelayMilliseconds = 50;
 
 QFont pixelFont(QFont font, int pixels)
 {
@@ -304,6 +305,8 @@ void ContentView::showEvent(QShowEvent *event)
     m_state->setQuery({});
     m_state->setSelection(0);
     m_field->setFocus();
+    // Once the panel is on the screen.
+    QTimer::singleShot(prepareSearchDelayMilliseconds, m_model, &ClipListModel::prepareSearch);
 }
 
 void ContentView::queryEdited(const QString &text)
