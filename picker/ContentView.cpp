@@ -322,9 +322,8 @@ void ContentView::showQuery(const QString &query)
     m_model->setQuery(query);
 }
 
-void ContentView::followSelection(qint64 previous)
+void ContentView::followSelection()
 {
-    Q_UNUSED(previous);
     const qint64 selection = m_state->selection();
     m_list->viewport()->update(m_list->visualRect(m_model->index(int(m_shownSelection))));
     m_shownSelection = selection;

@@ -73,7 +73,7 @@ private:
 
     void queryEdited(const QString &text);
     void showQuery(const QString &query);
-    void followSelection(qint64 previous);
+    void followSelection();
     void updateBody();
     void updateCount();
     void rowClicked(const QModelIndex &index);
