@@ -11,7 +11,9 @@ void makeSecondary(QLabel *label, TextSize size)
 {
     setTextSize(label, size);
     QPalette palette = label->palette();
-    palette.setColor(QPalette::WindowText, palette.color(QPalette::Disabled, QPalette::WindowText));
+    QColor dimmed = palette.color(QPalette::WindowText);
+    dimmed.setAlphaF(0.6);
+    palette.setColor(QPalette::WindowText, dimmed);
     label->setPalette(palette);
 }
 
