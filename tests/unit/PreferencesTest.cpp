@@ -161,6 +161,11 @@ TEST_F(PreferencesTest, TrustPollingFollowsTheTab)
     EXPECT_TRUE(QTest::qWaitFor([&] { return general.statusText()->text() == QStringLiteral("Non autorisé"); }, 5000));
     EXPECT_TRUE(general.untrustedHint()->isVisibleTo(&general));
 
+    // The request reads the status again at once: there is nothing to prompt.
+    keystroke.trusted = true;
+    general.requestButton()->click();
+    EXPECT_EQ(general.statusText()->text(), QStringLiteral("Autorisé"));
+
     view.close();
     EXPECT_FALSE(general.isPollingStatus());
     // Without a keystroke there is nothing to trust.

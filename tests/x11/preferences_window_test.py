@@ -238,6 +238,12 @@ class PreferencesWindowTest(unittest.TestCase):
         self.assertEqual(self.zettly.preferences_windows(), [window])
         self.assertEqual(geometry(window), moved)
 
+        # The update check comes forward even from a window behind another.
+        self.other.activate()
+        self.zettly.press("push button", "Rechercher les mises à jour")
+        wait_for(lambda: [dialog for dialog in xdotool("search", "--onlyvisible", "--name", "^Mises à jour de Zettly$")
+                          if int(dialog) == active_window()], "the update dialog in front")
+
     def test_records_a_new_shortcut_with_real_keys(self):
         self.zettly.start()
         self.zettly.open_preferences()
