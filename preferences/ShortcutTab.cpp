@@ -80,6 +80,12 @@ ShortcutTab::ShortcutTab(AppSettings &settings, const KeyLayout *layout, QWidget
     showRecording(false);
 }
 
+ShortcutTab::~ShortcutTab()
+{
+    // While the tab is whole: ending a recording redraws the button.
+    m_recorder.stop();
+}
+
 void ShortcutTab::setKeyLayout(const KeyLayout *layout)
 {
     m_layout = layout;

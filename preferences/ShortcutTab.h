@@ -19,6 +19,7 @@ class ShortcutTab : public QWidget {
 public:
     // A null layout shows keys outside the fixed names as "key(<code>)".
     ShortcutTab(AppSettings &settings, const KeyLayout *layout, QWidget *parent = nullptr);
+    ~ShortcutTab() override;
 
     void setKeyLayout(const KeyLayout *layout);
 

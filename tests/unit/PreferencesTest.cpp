@@ -98,19 +98,6 @@ private:
 
 } // namespace
 
-TEST_F(PreferencesTest, WindowFrameAndTabs)
-{
-    EXPECT_EQ(view.windowTitle(), QStringLiteral("Zettly — Préférences"));
-    EXPECT_EQ(view.size(), QSize(600, 440));
-    EXPECT_EQ(view.minimumSize(), QSize(540, 380));
-    QStringList labels;
-    for (int index = 0; index < view.tabs()->count(); ++index)
-        labels.append(view.tabs()->tabText(index));
-    EXPECT_EQ(labels,
-        (QStringList { QStringLiteral("Général"), QStringLiteral("Raccourci"), QStringLiteral("Confidentialité"),
-            QStringLiteral("À propos") }));
-}
-
 TEST_F(PreferencesTest, HistoryLimitStepsBy20Within20To2000)
 {
     GeneralTab &general = *view.generalTab();
