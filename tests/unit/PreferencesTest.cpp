@@ -164,9 +164,15 @@ TEST_F(PreferencesTest, TrustPollingFollowsTheTab)
 TEST_F(PreferencesTest, CountAndClearFollowTheStore)
 {
     GeneralTab &general = *view.generalTab();
-    store.add(ClipItem { .preview = QStringLiteral("épinglé"), .fullText = QStringLiteral("épinglé") });
+    const auto addText = [&](const QString &text) {
+        ClipItem item;
+        item.preview = text;
+        item.fullText = text;
+        store.add(item);
+    };
+    addText(QStringLiteral("épinglé"));
     store.togglePin(store.items().first().id);
-    store.add(ClipItem { .preview = QStringLiteral("autre"), .fullText = QStringLiteral("autre") });
+    addText(QStringLiteral("autre"));
     EXPECT_EQ(general.countText()->text(), QStringLiteral("2 items au total"));
     general.clearButton()->click();
     ASSERT_EQ(store.items().size(), 1);
