@@ -25,7 +25,7 @@ ZETTLY = sys.argv.pop(1)
 TITLE = "Zettly — Préférences"
 
 
-def wait_for(condition, what, timeout=10):
+def wait_for(condition, what, timeout=10, interval=0.05):
     """The condition's first true value, polled until the deadline."""
     deadline = time.monotonic() + timeout
     while True:
@@ -34,7 +34,7 @@ def wait_for(condition, what, timeout=10):
             return value
         if time.monotonic() > deadline:
             raise AssertionError(f"timed out waiting for {what}")
-        time.sleep(0.05)
+        time.sleep(interval)
 
 
 def xdotool(*arguments):
@@ -130,7 +130,7 @@ class Zettly:
             self.probes += 1
             newest = next((text for text, pinned in self.history() if not pinned), "")
             return newest.startswith("prêt ? ") and int(newest[7:]) >= first
-        wait_for(recording, "zettly recording copies", timeout=20)
+        wait_for(recording, "zettly recording copies", timeout=20, interval=0.3)
         # The last probe is still on the clipboard: once it is in, nothing
         # more comes on its own.
         last = f"prêt ? {self.probes - 1}"
