@@ -10,6 +10,8 @@ class X11ClickMonitor;
 class X11KeyGrabber;
 class X11Pasteboard;
 class X11Workspace;
+class WorkspaceWindowActivation;
+class XkbKeyLayout;
 
 // Starts the app as one instance per user session, on X11.
 class ZettlyAppDelegate {
@@ -27,5 +29,7 @@ private:
     std::unique_ptr<X11Workspace> m_workspace;
     std::unique_ptr<X11KeyGrabber> m_keyGrabber;
     std::unique_ptr<X11ClickMonitor> m_clickMonitor;
+    std::unique_ptr<XkbKeyLayout> m_keyLayout;
+    std::unique_ptr<WorkspaceWindowActivation> m_windowActivation;
     std::unique_ptr<AppCore> m_core;
 };

@@ -1,47 +1,40 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: GPL-3.0-or-later
-# Runs a command on a D-Bus session of its own with the accessibility bus up,
-# as a screen reader finds it, and Qt programs exposing their widgets there.
+# Runs a command with an accessibility bus of its own, as a screen reader
+# would find it: a private D-Bus session bus, the AT-SPI bus launcher on it,
+# and Qt told to expose its widgets whatever the desktop says.
 #
 #   with-accessibility.sh [--] command [argument...]
 #
-# Use it inside with-xvfb.sh. Exit status: the command's, or 125 when the
-# accessibility bus did not come up.
+# Needs $DISPLAY (run it inside with-xvfb.sh). Exit status: the command's, or
+# 125 when the buses did not start.
 set -uo pipefail
+
 [ "${1:-}" != -- ] || shift
 [ $# -gt 0 ] || { echo "usage: ${0##*/} [--] command [argument...]" >&2; exit 2; }
 
-# First pass: start the private session bus and come back inside it.
-if [ -z "${ZETTLY_ACCESSIBILITY_SESSION:-}" ]; then
-    ZETTLY_ACCESSIBILITY_SESSION=1 exec dbus-run-session -- "$0" -- "$@"
-fi
-unset ZETTLY_ACCESSIBILITY_SESSION
-
-launcher=/usr/libexec/at-spi-bus-launcher
-[ -x "$launcher" ] || { echo "${0##*/}: $launcher missing (package at-spi2-core)" >&2; exit 125; }
-pids=()
+eval "$(dbus-launch --sh-syntax)" || exit 125
+launcher=""
 cleanup() {
-    for ((i = ${#pids[@]} - 1; i >= 0; i--)); do kill "${pids[i]}" 2>/dev/null; done
-    wait 2>/dev/null
+    [ -z "$launcher" ] || kill "$launcher" 2>/dev/null
+    kill "$DBUS_SESSION_BUS_PID" 2>/dev/null
 }
 trap cleanup EXIT
 trap 'exit 143' TERM INT HUP
 
-setpriv --pdeathsig TERM -- "$launcher" --launch-immediately </dev/null >/dev/null 2>&1 &
-pids+=($!)
-# The launcher answers on the session bus with the accessibility bus's address
-# once that bus runs.
+/usr/libexec/at-spi-bus-launcher --launch-immediately </dev/null >/dev/null 2>&1 &
+launcher=$!
+# The launcher owns org.a11y.Bus once the accessibility bus is up.
 for ((tries = 0; ; tries++)); do
-    address=$(dbus-send --session --print-reply=literal --dest=org.a11y.Bus /org/a11y/bus \
-        org.a11y.Bus.GetAddress 2>/dev/null) && [ -n "${address// /}" ] && break
+    dbus-send --session --print-reply --dest=org.a11y.Bus /org/a11y/bus org.a11y.Bus.GetAddress >/dev/null 2>&1 && break
     if ((tries == 200)); then
-        echo "${0##*/}: the accessibility bus did not come up" >&2
+        echo "${0##*/}: the accessibility bus did not start" >&2
         exit 125
     fi
     sleep 0.05
 done
+export QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1 NO_AT_BRIDGE=0
 
-export QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1 QT_ACCESSIBILITY=1 GTK_MODULES=gail:atk-bridge
-setpriv --pdeathsig TERM -- "$@" &
-pids+=($!)
-wait "${pids[-1]}"
+"$@" &
+child=$!
+wait "$child"
