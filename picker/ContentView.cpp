@@ -91,6 +91,13 @@ ContentView::ContentView(ClipboardStore &store, AppSettings &settings, QWidget *
     connect(m_model, &QAbstractItemModel::rowsInserted, this, &ContentView::updateBody);
     connect(m_model, &QAbstractItemModel::rowsRemoved, this, &ContentView::updateBody);
     connect(m_model, &QAbstractItemModel::modelReset, this, &ContentView::updateBody);
+    // The view's current row follows its entry as rows come and go; the
+    // selection is an index and stays: so does what assistive technologies
+    // are told is current.
+    connect(m_model, &QAbstractItemModel::rowsInserted, this, &ContentView::markCurrentRow, Qt::QueuedConnection);
+    connect(m_model, &QAbstractItemModel::rowsRemoved, this, &ContentView::markCurrentRow, Qt::QueuedConnection);
+    connect(m_model, &QAbstractItemModel::rowsMoved, this, &ContentView::markCurrentRow, Qt::QueuedConnection);
+    connect(m_model, &QAbstractItemModel::modelReset, this, &ContentView::markCurrentRow, Qt::QueuedConnection);
     connect(&m_store, &ClipboardStore::changed, this, &ContentView::updateCount);
     updateBody();
     updateCount();
@@ -333,6 +340,13 @@ void ContentView::followSelection()
     m_list->setCurrentIndex(index);
     m_list->scrollTo(index, QAbstractItemView::EnsureVisible);
     m_list->viewport()->update(m_list->visualRect(index));
+}
+
+void ContentView::markCurrentRow()
+{
+    const qint64 selection = m_state->selection();
+    if (selection >= 0 && selection < m_model->rowCount())
+        m_list->selectionModel()->setCurrentIndex(m_model->index(int(selection)), QItemSelectionModel::NoUpdate);
 }
 
 void ContentView::updateBody()

@@ -74,6 +74,7 @@ private:
     void queryEdited(const QString &text);
     void showQuery(const QString &query);
     void followSelection();
+    void markCurrentRow();
     void updateBody();
     void updateCount();
     void rowClicked(const QModelIndex &index);
