@@ -66,6 +66,9 @@ bool X11Pasteboard::nativeEventFilter(const QByteArray &eventType, void *message
 
 bool X11Pasteboard::hasOwner() const
 {
+    // A copy still being read has an owner, or had one a moment ago.
+    if (m_publishedSerial != m_requestSerial)
+        return true;
     xcb_connection_t *connection = qtConnection();
     if (!connection || !m_clipboardAtom)
         return true;

@@ -133,6 +133,13 @@ bool TestSelectionOwner::waitUntilOwner(int timeoutMs) const
     }
 }
 
+void TestSelectionOwner::giveUp()
+{
+    Server &s = *m_server;
+    xcb_set_selection_owner(s.m_connection, XCB_NONE, s.m_clipboard, XCB_CURRENT_TIME);
+    std::free(xcb_get_input_focus_reply(s.m_connection, xcb_get_input_focus(s.m_connection), nullptr));
+}
+
 QList<QByteArray> TestSelectionOwner::requestedTargets() const
 {
     std::lock_guard lock(m_server->m_mutex);

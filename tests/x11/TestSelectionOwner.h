@@ -43,6 +43,9 @@ public:
     // True once the X server names this owner, false if it does not within
     // timeoutMs (another client took the selection, or there is no server).
     bool waitUntilOwner(int timeoutMs = 3000) const;
+    // Gives the selection up while staying alive, as a program that clears
+    // the clipboard does.
+    void giveUp();
     // The targets requested so far, TARGETS included, answered or not.
     QList<QByteArray> requestedTargets() const;
     // When the request taking the selection left for the server: the start of
