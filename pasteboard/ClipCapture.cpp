@@ -3,6 +3,7 @@
 
 #include "CaptureLimits.h"
 #include "ImageDecoder.h"
+#include "LargeData.h"
 #include "Pasteboard.h"
 #include "PasteboardTypes.h"
 #include "TextPreview.h"
@@ -115,7 +116,7 @@ std::optional<ClipItem> ClipCapture::link() const
         const auto bytes = m_pasteboard.data(PasteboardTypes::string);
         if (!bytes || bytes->left(4).toLower() != "http" || bytes->size() > CaptureLimits::maxTextBytes)
             return std::nullopt;
-        string = QString::fromUtf8(*bytes);
+        string = LargeData::fromUtf8(*bytes);
     }
     if (!string->startsWith(QStringLiteral("http"), Qt::CaseInsensitive))
         return std::nullopt;
@@ -133,7 +134,7 @@ std::optional<ClipItem> ClipCapture::text() const
     if (!bytes || bytes->isEmpty() || bytes->size() > CaptureLimits::maxTextBytes)
         return std::nullopt;
     ClipItem clip = makeClip(ClipKind::Text, {});
-    clip.fullText = QString::fromUtf8(*bytes);
+    clip.fullText = LargeData::fromUtf8(*bytes);
     clip.preview = TextPreview::cutOneLine(*clip.fullText);
     return clip;
 }

@@ -6,6 +6,7 @@
 
 #include "CaptureLimits.h"
 #include "ImageDecoder.h"
+#include "LargeData.h"
 #include "PasteboardTypes.h"
 
 #include <QHash>
@@ -550,6 +551,7 @@ Conversion X11SelectionReader::Worker::readIncrementally(xcb_atom_t property, qi
     Conversion result { Outcome::Read };
     // Growing by doubling would hold the old and the new buffer at once.
     result.bytes.reserve(announcedBytes);
+    LargeData::adviseHugePages(result.bytes.data(), result.bytes.capacity());
     // Deleting the property asks for the next chunk.
     xcb_delete_property(m_connection, m_window, property);
     xcb_flush(m_connection);

@@ -343,8 +343,7 @@ TEST_F(Capture, ARecordedCopyOutlivesTheProgramThatQuit)
     };
     const Row rows[] = {
         { "cleared by its owner", { { "UTF8_STRING", "effacé exprès" } }, true },
-        { "a secret's owner quits", { { "UTF8_STRING", "secret" }, { "org.nspasteboard.ConcealedType", "" } },
-            false },
+        { "a secret's owner quits", { { "UTF8_STRING", "secret" }, { "org.nspasteboard.ConcealedType", "" } }, false },
     };
     for (const Row &row : rows) {
         SCOPED_TRACE(row.name);
@@ -390,10 +389,12 @@ TEST(CaptureByTheApp, SecretsNeverReachItsMemory)
         ASSERT_TRUE(owner.waitUntilOwner());
         // The app has looked at the markers; the reader's own test shows
         // that nothing is asked for after them.
-        ASSERT_TRUE(QTest::qWaitFor([&] {
-            const QList<QByteArray> asked = owner.requestedTargets();
-            return asked.contains("TARGETS") && (value.isEmpty() || asked.contains(marker));
-        }, 5000));
+        ASSERT_TRUE(QTest::qWaitFor(
+            [&] {
+                const QList<QByteArray> asked = owner.requestedTargets();
+                return asked.contains("TARGETS") && (value.isEmpty() || asked.contains(marker));
+            },
+            5000));
         // A later copy recorded: the secret has been dealt with.
         const QByteArray next = uniqueText("suivant");
         TestSelectionOwner nextOwner({ { "UTF8_STRING", next } });
@@ -402,8 +403,8 @@ TEST(CaptureByTheApp, SecretsNeverReachItsMemory)
         EXPECT_FALSE(owner.requestedTargets().contains("UTF8_STRING"));
     }
 
-    const QList<QByteArray> found
-        = foundInMemory(pid, { ordinary, utf16(ordinary), secrets[0], utf16(secrets[0]), secrets[1], utf16(secrets[1]) });
+    const QList<QByteArray> found = foundInMemory(
+        pid, { ordinary, utf16(ordinary), secrets[0], utf16(secrets[0]), secrets[1], utf16(secrets[1]) });
     // The search sees what the app keeps.
     EXPECT_TRUE(found.contains(ordinary) || found.contains(utf16(ordinary)));
     for (const QByteArray &secret : std::as_const(secrets)) {

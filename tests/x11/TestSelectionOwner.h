@@ -13,8 +13,8 @@
 //   TestSelectionOwner owner({ { "UTF8_STRING", "hello" }, { "x-kde-passwordManagerHint", "secret" } });
 //   ASSERT_TRUE(owner.waitUntilOwner());
 //
-// Data goes in one piece, never INCR: fine up to a few hundred KB (larger
-// data is refused). Use xclip to serve more.
+// Data larger than one request goes INCR, in chunks of 256 KiB as Qt and GTK
+// owners send it; one such transfer at a time.
 class TestSelectionOwner {
 public:
     struct Target {
