@@ -33,7 +33,7 @@ QString LargeData::fromUtf8(const QByteArray &utf8)
 {
     if (utf8.size() < 4 * hugePageBytes)
         return QString::fromUtf8(utf8);
-    QStringDecoder decoder(QStringConverter::Utf8, QStringConverter::Flag::ConvertInitialBom);
+    QStringDecoder decoder(QStringConverter::Utf8);
     // A UTF-8 byte never gives more than one UTF-16 unit.
     QString text(decoder.requiredSpace(utf8.size()), Qt::Uninitialized);
     adviseHugePages(text.data(), text.size() * qsizetype(sizeof(QChar)));

@@ -12,8 +12,9 @@ namespace LargeData {
 // the buffer is first written. Does nothing for small buffers.
 void adviseHugePages(void *data, qsizetype bytes);
 
-// QString::fromUtf8, with the same replacement of invalid sequences and a
-// byte-order mark kept, into huge-page backed memory when the text is large.
+// QString::fromUtf8, with the same replacement of invalid sequences and the
+// same leading byte-order mark dropped, into huge-page backed memory when the
+// text is large.
 QString fromUtf8(const QByteArray &utf8);
 
 } // namespace LargeData

@@ -90,6 +90,11 @@ TEST_F(ClipCaptureTest, FilesWinOnlyWhenEveryUrlIsAFile)
         { "web link before a file",
             offer({ { PasteboardTypes::uriList, uriList({ u"https://example.org/a"_s, u"file:///tmp/a.txt"_s }) } }),
             ClipKind::Url, u"https://example.org/a"_s, std::nullopt },
+        { "file manager's list alone, cut",
+            offer({ { PasteboardTypes::copiedFiles, "cut\nfile:///home/ana/a.txt\nfile:///home/ana/b%20c.txt" } }),
+            ClipKind::File, u"2 fichiers"_s, QStringList { u"/home/ana/a.txt"_s, u"/home/ana/b c.txt"_s } },
+        { "file manager's list alone, copied", offer({ { PasteboardTypes::copiedFiles, "copy\nfile:///srv/x.odt" } }),
+            ClipKind::File, u"x.odt"_s, QStringList { u"/srv/x.odt"_s } },
         { "file before a web link",
             offer({ { PasteboardTypes::uriList, uriList({ u"file:///tmp/a.txt"_s, u"https://example.org/a"_s }) },
                 { PasteboardTypes::string, "notes" } }),
@@ -171,6 +176,12 @@ TEST_F(ClipCaptureTest, ImagesThatDoNotDecodeOrAreTooLargeGiveWay)
             offer({ { PasteboardTypes::png, "\x89PNG\r\n\x1a\ngarbage" }, { PasteboardTypes::tiff, "II*\0garbage" },
                 { PasteboardTypes::string, "https://example.org" } }),
             ClipKind::Url, u"https://example.org"_s },
+        { "PNG header whose pixels do not decode, good TIFF",
+            offer({ { PasteboardTypes::png, pngHeader(4, 2) }, { PasteboardTypes::tiff, tiff } }), ClipKind::Image,
+            u"Image 4×2"_s },
+        { "PNG header whose pixels do not decode, text",
+            offer({ { PasteboardTypes::png, pngHeader(6, 6) }, { PasteboardTypes::string, "légende" } }),
+            ClipKind::Text, u"légende"_s },
         { "PNG header of 30000x30000, text",
             offer({ { PasteboardTypes::png, huge }, { PasteboardTypes::string, "caption" } }), ClipKind::Text,
             u"caption"_s },
@@ -182,7 +193,7 @@ TEST_F(ClipCaptureTest, ImagesThatDoNotDecodeOrAreTooLargeGiveWay)
         EXPECT_EQ(clip->kind, row.kind);
         EXPECT_EQ(clip->preview, row.preview);
     }
-    EXPECT_EQ(imageFiles().size(), 1);
+    EXPECT_EQ(imageFiles().size(), 2);
 }
 
 TEST_F(ClipCaptureTest, TwoPicturesOfOneSizeLeaveTwoFilesAndOneEntry)
@@ -222,6 +233,20 @@ TEST_F(ClipCaptureTest, LinksNeedAWebSchemeAndKeepTheirText)
         EXPECT_EQ(clip->preview, row.preview);
         EXPECT_EQ(clip->fullText, row.text);
     }
+
+    // A browser's link offered alone: UTF-16, the URL then the title.
+    const auto utf16 = [](const QString &text, bool bom) {
+        const QString marked = bom ? QChar(0xFEFF) + text : text;
+        return QByteArray(reinterpret_cast<const char *>(marked.utf16()), marked.size() * 2);
+    };
+    for (const bool bom : { false, true }) {
+        const auto clip
+            = capture(offer({ { PasteboardTypes::mozUrl, utf16(u"https://example.org/é\nLa page"_s, bom) } }));
+        ASSERT_TRUE(clip);
+        EXPECT_EQ(clip->kind, ClipKind::Url);
+        EXPECT_EQ(clip->fullText, u"https://example.org/é"_s);
+    }
+    EXPECT_FALSE(capture(offer({ { PasteboardTypes::mozUrl, utf16(u"file:///tmp/x\nx"_s, false) } })));
 }
 
 TEST_F(ClipCaptureTest, TextPreviewIsOneLineOfTwoHundredCharacters)
@@ -245,6 +270,15 @@ TEST_F(ClipCaptureTest, TextPreviewIsOneLineOfTwoHundredCharacters)
     const auto invalid = capture(offer({ { PasteboardTypes::string, "caf\xC3 \xFF" } }));
     ASSERT_TRUE(invalid);
     EXPECT_EQ(invalid->fullText, u"caf\uFFFD \uFFFD"_s);
+
+    // Megabytes take another way through decoding: same text, same preview.
+    QByteArray big = "\xEF\xBB\xBF" + QByteArray(300, '\n');
+    while (big.size() < 9 * 1024 * 1024)
+        big += "ligne é \xF0\x9F\x91\x8D\xFF\r\n";
+    const auto large = capture(offer({ { PasteboardTypes::string, big } }));
+    ASSERT_TRUE(large);
+    EXPECT_EQ(large->fullText, QString::fromUtf8(big));
+    EXPECT_EQ(large->preview, QString(200, u' '));
 }
 
 TEST_F(ClipCaptureTest, PreviewNeverSplitsACharacter)
@@ -276,11 +310,9 @@ TEST_F(ClipCaptureTest, OversizedTextLeavesTheHistoryAlone)
     // without bytes.
     ClipboardSnapshot leftOut;
     leftOut.types = QStringList { PasteboardTypes::string };
-    const QByteArray ascii(CaptureLimits::maxTextBytes + 1, 'a');
-    // Fewer UTF-16 code units than the bound, more UTF-8 bytes.
-    const QByteArray accented = "https://example.org/" + QString(CaptureLimits::maxTextBytes / 2, u'é').toUtf8();
-    for (const ClipboardSnapshot &snapshot :
-        { leftOut, offer({ { PasteboardTypes::string, ascii } }), offer({ { PasteboardTypes::string, accented } }) }) {
+    // The bound counts UTF-8 bytes, also for a link.
+    const QByteArray link = "https://example.org/" + QByteArray(CaptureLimits::maxTextBytes, 'a');
+    for (const ClipboardSnapshot &snapshot : { leftOut, offer({ { PasteboardTypes::string, link } }) }) {
         pasteboard.copy(snapshot);
         settle();
         EXPECT_EQ(previews(), QStringList { u"kept"_s });
