@@ -22,4 +22,5 @@ measure
 measure --history 2000
 measure --app "$app"
 measure --app "$app" --history 2000
+measure --app "$app" --big 20
 exit "$status"
