@@ -196,17 +196,6 @@ TEST_F(ClipCaptureTest, ImagesThatDoNotDecodeOrAreTooLargeGiveWay)
     EXPECT_EQ(imageFiles().size(), 2);
 }
 
-TEST_F(ClipCaptureTest, TwoPicturesOfOneSizeLeaveTwoFilesAndOneEntry)
-{
-    for (const Qt::GlobalColor colour : { Qt::red, Qt::green }) {
-        const auto clip = capture(offer({ { PasteboardTypes::png, encoded(picture(8, 8, colour), "png") } }));
-        ASSERT_TRUE(clip);
-        store.add(*clip);
-    }
-    EXPECT_EQ(previews(), QStringList { u"Image 8×8"_s });
-    EXPECT_EQ(imageFiles().size(), 2);
-}
-
 TEST_F(ClipCaptureTest, LinksNeedAWebSchemeAndKeepTheirText)
 {
     const QString longLink = u"https://example.org/"_s + QString(300, u'a');
