@@ -55,21 +55,17 @@ void Pasteboard::publish(ClipboardSnapshot snapshot)
 
 QList<QUrl> Pasteboard::urls() const
 {
-    QList<QByteArray> lines;
-    if (const auto list = data(PasteboardTypes::uriList)) {
-        lines = uriLines(*list);
-    } else if (const auto copied = data(PasteboardTypes::copiedFiles)) {
-        lines = uriLines(*copied);
-        // The first line says whether the files were copied or cut.
+    const bool fromFileManager = !data(PasteboardTypes::uriList).has_value();
+    const auto list = fromFileManager ? data(PasteboardTypes::copiedFiles) : data(PasteboardTypes::uriList);
+    if (!list || list->size() > CaptureLimits::maxUriListBytes)
+        return {};
+    QList<QByteArray> lines = uriLines(*list);
+    // The file manager's first line says whether the files were copied or cut.
+    if (fromFileManager) {
         if (lines.isEmpty() || (lines.first() != "copy" && lines.first() != "cut"))
             return {};
         lines.removeFirst();
     }
-    qsizetype bytes = 0;
-    for (const QByteArray &line : std::as_const(lines))
-        bytes += line.size() + 2;
-    if (bytes > CaptureLimits::maxUriListBytes)
-        return {};
     QList<QUrl> result;
     for (const QByteArray &line : std::as_const(lines)) {
         const QUrl url = QUrl::fromEncoded(line);

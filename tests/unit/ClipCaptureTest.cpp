@@ -106,8 +106,9 @@ TEST_F(ClipCaptureTest, FilesWinOnlyWhenEveryUrlIsAFile)
         ASSERT_TRUE(clip);
         EXPECT_EQ(clip->kind, row.kind);
         EXPECT_EQ(clip->preview, row.preview);
-        if (row.paths)
+        if (row.paths) {
             EXPECT_EQ(clip->filePaths, row.paths);
+        }
         EXPECT_FALSE(clip->imageRelPath);
         EXPECT_EQ(clip->filePaths.has_value(), row.kind == ClipKind::File);
     }
@@ -260,9 +261,10 @@ TEST_F(ClipCaptureTest, TextPreviewIsOneLineOfTwoHundredCharacters)
     ASSERT_TRUE(invalid);
     EXPECT_EQ(invalid->fullText, u"caf\uFFFD \uFFFD"_s);
 
-    // Megabytes take another way through decoding: same text, same preview.
+    // Megabytes take another way through decoding: same text, same preview;
+    // more than 16 MiB is recorded too.
     QByteArray big = "\xEF\xBB\xBF" + QByteArray(300, '\n');
-    while (big.size() < 9 * 1024 * 1024)
+    while (big.size() < 17 * 1024 * 1024)
         big += "ligne é \xF0\x9F\x91\x8D\xFF\r\n";
     const auto large = capture(offer({ { PasteboardTypes::string, big } }));
     ASSERT_TRUE(large);
