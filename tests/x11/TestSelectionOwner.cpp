@@ -67,11 +67,11 @@ struct TestSelectionOwner::Server {
     std::thread m_thread;
 };
 
-TestSelectionOwner::TestSelectionOwner(QList<Target> targets, Behaviour behaviour)
+TestSelectionOwner::TestSelectionOwner(Offer offer, Behaviour behaviour)
     : m_server(std::make_unique<Server>())
 {
     Server &s = *m_server;
-    s.m_targets = std::move(targets);
+    s.m_targets = std::move(offer.targets);
     s.m_behaviour = behaviour;
     s.m_connection = xcb_connect(nullptr, nullptr);
     if (xcb_connection_has_error(s.m_connection))

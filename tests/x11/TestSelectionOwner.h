@@ -5,6 +5,7 @@
 #include <QList>
 
 #include <chrono>
+#include <initializer_list>
 #include <memory>
 
 // Owns the CLIPBOARD selection, on an X connection and a thread of its own,
@@ -32,8 +33,22 @@ public:
         NeverAnswers,
     };
 
+    // The targets offered. Its own type, so that a single target of two
+    // string literals cannot also read as a QList built from two iterators.
+    struct Offer {
+        Offer(std::initializer_list<Target> targets)
+            : targets(targets)
+        {
+        }
+        Offer(QList<Target> targets)
+            : targets(std::move(targets))
+        {
+        }
+        QList<Target> targets;
+    };
+
     // Takes the selection, offering targets in this order after TARGETS.
-    explicit TestSelectionOwner(QList<Target> targets, Behaviour behaviour = Behaviour::Answers);
+    explicit TestSelectionOwner(Offer offer, Behaviour behaviour = Behaviour::Answers);
     // Gives the selection up, unless another client has taken it since.
     ~TestSelectionOwner();
 
