@@ -160,11 +160,6 @@ TEST_F(Capture, TextsLinksAndFiles)
     EXPECT_EQ(newest().preview, QStringLiteral("rapport final.pdf"));
     EXPECT_EQ(newest().filePaths, QStringList { QStringLiteral("/home/moi/rapport final.pdf") });
 
-    XClip::copy("file:///a/un.txt\r\nfile:///b/deux.txt\r\nfile:///c/trois\r\n", QStringLiteral("text/uri-list"));
-    ASSERT_TRUE(waitForCount(4));
-    EXPECT_EQ(newest().preview, QStringLiteral("3 fichiers"));
-    EXPECT_EQ(newest().filePaths,
-        (QStringList { QStringLiteral("/a/un.txt"), QStringLiteral("/b/deux.txt"), QStringLiteral("/c/trois") }));
     EXPECT_TRUE(imageFiles().isEmpty());
 }
 
