@@ -111,9 +111,10 @@ void ClipboardWatcher::restoreAfterOwnerQuit(qint64 change)
     const QList<ClipItem> &items = m_store.items();
     const auto entry
         = std::find_if(items.cbegin(), items.cend(), [&](const ClipItem &item) { return item.id == recorded->id; });
-    // Removed from the history meanwhile, or someone copied since.
-    if (entry == items.cend() || m_pasteboard.hasOwner())
+    // Removed from the history meanwhile.
+    if (entry == items.cend())
         return;
     const ClipItem item = *entry;
-    Paste::putOnPasteboard(item, m_store, *this);
+    // Never over another program's copy, however recent.
+    m_pasteboard.writeIfUnowned([&] { Paste::putOnPasteboard(item, m_store, *this); });
 }

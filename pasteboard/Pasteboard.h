@@ -53,9 +53,11 @@ public:
     // handled, a copied password or picture has no reason to stay in memory.
     void releaseData() { m_snapshot.data.clear(); }
 
-    // Whether some program, ourselves included, offers contents now, even
-    // one that has stopped answering. Asks the window system afresh.
-    virtual bool hasOwner() const = 0;
+    // Runs write, which puts our own contents on the clipboard, only while no
+    // program offers contents, not even one that has stopped answering, and
+    // so that no program can take the clipboard between the check and the
+    // write. Returns whether write ran.
+    virtual bool writeIfUnowned(const std::function<void()> &write) = 0;
 
     // Empties the clipboard; the change count moves before this returns.
     virtual void clearContents() = 0;

@@ -40,3 +40,11 @@ void MemoryPasteboard::write(QMimeData *data)
     m_hasOwner = true;
     publish(ClipboardSnapshot::fromMimeData(*owned));
 }
+
+bool MemoryPasteboard::writeIfUnowned(const std::function<void()> &write)
+{
+    if (m_hasOwner)
+        return false;
+    write();
+    return true;
+}

@@ -22,7 +22,8 @@ public:
 
     void clearContents() override;
     void write(QMimeData *data) override;
-    bool hasOwner() const override { return m_hasOwner; }
+    bool writeIfUnowned(const std::function<void()> &write) override;
+    bool hasOwner() const { return m_hasOwner; }
 
 private:
     bool m_hasOwner = false;

@@ -64,17 +64,24 @@ bool X11Pasteboard::nativeEventFilter(const QByteArray &eventType, void *message
     return false;
 }
 
-bool X11Pasteboard::hasOwner() const
+bool X11Pasteboard::writeIfUnowned(const std::function<void()> &write)
 {
     // A copy still being read has an owner, or had one a moment ago.
-    if (m_publishedSerial != m_requestSerial)
-        return true;
     xcb_connection_t *connection = qtConnection();
-    if (!connection || !m_clipboardAtom)
-        return true;
+    if (m_publishedSerial != m_requestSerial || !connection || !m_clipboardAtom)
+        return false;
+    // X has no compare-and-set for the owner: with the server grabbed, no
+    // other program's request runs between the check and Qt's write, which
+    // goes over this same connection.
+    xcb_grab_server(connection);
     XcbReply<xcb_get_selection_owner_reply_t> owner(
         xcb_get_selection_owner_reply(connection, xcb_get_selection_owner(connection, m_clipboardAtom), nullptr));
-    return !owner || owner->owner != XCB_NONE;
+    const bool unowned = owner && owner->owner == XCB_NONE;
+    if (unowned)
+        write();
+    xcb_ungrab_server(connection);
+    xcb_flush(connection);
+    return unowned;
 }
 
 void X11Pasteboard::clearContents()

@@ -22,7 +22,7 @@ public:
 
     void clearContents() override;
     void write(QMimeData *data) override;
-    bool hasOwner() const override;
+    bool writeIfUnowned(const std::function<void()> &write) override;
 
 private:
     bool nativeEventFilter(const QByteArray &eventType, void *message, qintptr *result) override;
