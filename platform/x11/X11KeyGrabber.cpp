@@ -20,7 +20,10 @@
 
 namespace {
 
-const QLoggingCategory &lcKeyGrabber() { return lcX11(); }
+const QLoggingCategory &lcKeyGrabber()
+{
+    return lcX11();
+}
 
 // X11 numbers keys as evdev codes shifted by 8.
 constexpr quint32 evdevToXKeyCode = 8;
