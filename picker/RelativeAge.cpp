@@ -33,9 +33,10 @@ constexpr std::array units {
 RelativeAge::RelativeAge(const QString &localeName)
 {
     QString name = localeName.isEmpty() ? QLocale::system().name() : localeName;
-    // ICU's root locale, which "C" names, has no plural forms: "1 hours ago".
-    if (name == QLatin1String("C"))
-        name = QStringLiteral("en");
+    // A session without a language ("C", ICU's root locale, which has no
+    // plural forms) reads the interface's own language rather than English.
+    if (name == QLatin1String("C") || name == QLatin1String("POSIX"))
+        name = QStringLiteral("fr");
     UErrorCode status = U_ZERO_ERROR;
     auto formatter = std::make_unique<icu::RelativeDateTimeFormatter>(
         icu::Locale(name.toUtf8().constData()), nullptr, UDAT_STYLE_LONG, UDISPCTX_CAPITALIZATION_NONE, status);

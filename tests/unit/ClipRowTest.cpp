@@ -98,6 +98,7 @@ TEST(ClipRow, AgeInWordsWithTheDayBeforeNamed)
     };
     for (const Row &row : rows)
         EXPECT_EQ(age.text(now - row.secondsAgo, now), row.expected) << row.secondsAgo;
+    EXPECT_EQ(RelativeAge(u"C"_s).text(now - 86400 - 600, now), u"hier"_s);
 }
 
 TEST(ClipRow, MenuItemsFollowThePinAndTheFullText)
