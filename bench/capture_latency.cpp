@@ -3,7 +3,7 @@
 // what a clipboard owner that never answers costs: main-thread stalls, and the
 // delay before the next copy is recorded. Reports figures, asserts nothing.
 //
-//   capture_latency [--history N] [--copies N] [--frozen N] [--app /path/to/zettly]
+//   capture_latency [--history N [--entry-chars N]] [--copies N] [--frozen N] [--app /path/to/zettly]
 //
 // Without --app, the app's objects run in this process on temporary folders,
 // and a heartbeat on the main thread measures its stalls. With --app, the real
@@ -54,6 +54,8 @@ constexpr auto frozenSettle = 700ms;
 
 struct Options {
     qint64 history = 0;
+    // Characters of each filler entry's text.
+    qint64 entryChars = 200;
     int copies = 20;
     int frozenRuns = 5;
     QString appPath;
@@ -83,13 +85,15 @@ double milliseconds(Clock::duration duration)
 
 std::optional<Options> parseOptions(int argc, char *argv[])
 {
-    const auto line = MeasureSupport::parseCommandLine(
-        argc, argv, { QStringLiteral("history"), QStringLiteral("copies"), QStringLiteral("frozen") });
+    const auto line = MeasureSupport::parseCommandLine(argc, argv,
+        { QStringLiteral("history"), QStringLiteral("entry-chars"), QStringLiteral("copies"),
+            QStringLiteral("frozen") });
     if (!line || line->counts.value(QStringLiteral("copies"), 1) == 0)
         return std::nullopt;
     Options options;
     options.appPath = line->appPath;
     options.history = line->counts.value(QStringLiteral("history"), options.history);
+    options.entryChars = line->counts.value(QStringLiteral("entry-chars"), options.entryChars);
     options.copies = int(line->counts.value(QStringLiteral("copies"), options.copies));
     options.frozenRuns = int(line->counts.value(QStringLiteral("frozen"), options.frozenRuns));
     return options;
@@ -292,7 +296,7 @@ int runInProcess(int argc, char *argv[], const Options &options)
     QGuiApplication::setQuitOnLastWindowClosed(false);
     const QString historyPath = home.filePath(QStringLiteral("Zettly"));
     if (options.history > 0)
-        HistoryFolder(historyPath).save(MeasureSupport::fillerHistory(options.history));
+        HistoryFolder(historyPath).save(MeasureSupport::fillerHistory(options.history, options.entryChars));
 
     // As main.cpp builds it, on temporary folders.
     AppSettings settings(home.filePath(QStringLiteral("defaults.json")));
@@ -332,7 +336,8 @@ int runApp(int argc, char *argv[], const Options &options)
     const QString configHome = home.filePath(QStringLiteral("config"));
     const QString historyPath = dataHome + QStringLiteral("/Zettly");
     // Also makes the folder, which the watch needs before zettly starts.
-    MeasureSupport::prefillHistory(historyPath, configHome + QStringLiteral("/Zettly/defaults.json"), options.history);
+    MeasureSupport::prefillHistory(
+        historyPath, configHome + QStringLiteral("/Zettly/defaults.json"), options.history, options.entryChars);
 
     HistoryFileWatch watch(historyPath);
     if (!watch.isValid())
@@ -374,7 +379,8 @@ int main(int argc, char *argv[])
 {
     const std::optional<Options> options = parseOptions(argc, argv);
     if (!options) {
-        std::fprintf(stderr, "usage: %s [--history N] [--copies N] [--frozen N] [--app /path/to/zettly]\n", argv[0]);
+        std::fprintf(stderr,
+            "usage: %s [--history N [--entry-chars N]] [--copies N] [--frozen N] [--app /path/to/zettly]\n", argv[0]);
         return 2;
     }
     // It takes the clipboard dozens of times: never on someone's desktop.
