@@ -2,6 +2,7 @@
 #include "JsonReader.h"
 
 #include <QByteArray>
+#include <QStringDecoder>
 
 #include <cstring>
 
@@ -32,38 +33,37 @@ std::optional<char16_t> hexValue(const char *digits)
     return value;
 }
 
-// UTF-8 the parser has already checked, to UTF-16.
-char16_t *appendUtf8(char16_t *write, const unsigned char *read, const unsigned char *end)
+// UTF-8 to UTF-16 into a buffer of ours, with Qt's fast decoder. Each piece
+// stands alone, and a U+FEFF at its start is text, not a byte-order mark.
+char16_t *appendUtf8(char16_t *write, const char *read, const char *end)
 {
-    while (read < end) {
-        const unsigned char lead = *read;
-        if (lead < 0x80) {
-            *write++ = lead;
-            ++read;
-        } else if (lead < 0xE0) {
-            *write++ = char16_t(((lead & 0x1F) << 6) | (read[1] & 0x3F));
-            read += 2;
-        } else if (lead < 0xF0) {
-            *write++ = char16_t(((lead & 0x0F) << 12) | ((read[1] & 0x3F) << 6) | (read[2] & 0x3F));
-            read += 3;
-        } else {
-            const char32_t codePoint
-                = ((lead & 0x07) << 18) | ((read[1] & 0x3F) << 12) | ((read[2] & 0x3F) << 6) | (read[3] & 0x3F);
-            *write++ = QChar::highSurrogate(codePoint);
-            *write++ = QChar::lowSurrogate(codePoint);
-            read += 4;
-        }
+    QStringDecoder decoder(
+        QStringDecoder::Utf8, QStringConverter::Flag::Stateless | QStringConverter::Flag::ConvertInitialBom);
+    return reinterpret_cast<char16_t *>(
+        decoder.appendToBuffer(reinterpret_cast<QChar *>(write), QByteArrayView(read, end - read)));
+}
+
+// The quote that ends the string: the first one not escaped, that is not
+// preceded by an odd run of backslashes.
+const char *closingQuote(const char *contents, const char *end)
+{
+    const char *quote = static_cast<const char *>(std::memchr(contents, '"', size_t(end - contents)));
+    while (quote) {
+        const char *before = quote;
+        while (before > contents && before[-1] == '\\')
+            --before;
+        if ((quote - before) % 2 == 0)
+            return quote;
+        quote = static_cast<const char *>(std::memchr(quote + 1, '"', size_t(end - quote - 1)));
     }
-    return write;
+    return nullptr;
 }
 
 } // namespace
 
 bool readString(const char *contents, const char *end, QString *out)
 {
-    // The quote that ends the string is the first one not escaped; until an
-    // escape turns up, the string is plain UTF-8.
-    const char *quote = static_cast<const char *>(std::memchr(contents, '"', size_t(end - contents)));
+    const char *const quote = closingQuote(contents, end);
     if (!quote)
         return false;
     const char *backslash = static_cast<const char *>(std::memchr(contents, '\\', size_t(quote - contents)));
@@ -73,29 +73,17 @@ bool readString(const char *contents, const char *end, QString *out)
         return true;
     }
 
-    // Escapes: UTF-16 never needs more units than UTF-8 has bytes, so the
-    // text is written into room for the raw bytes up to the last quote seen.
+    // UTF-16 never needs more units than UTF-8 has bytes.
     QString text;
     char16_t *write = nullptr;
+    if (out) {
+        text.resize(quote - contents);
+        write = reinterpret_cast<char16_t *>(text.data());
+    }
     const char *read = contents;
-    const auto makeRoom = [&](const char *upTo) {
-        if (!out)
-            return;
-        const qsizetype used = write ? write - reinterpret_cast<char16_t *>(text.data()) : 0;
-        text.resize(used + (upTo - read));
-        write = reinterpret_cast<char16_t *>(text.data()) + used;
-    };
-    makeRoom(quote);
-    for (;;) {
-        if (!backslash) {
-            if (out)
-                write = appendUtf8(write, reinterpret_cast<const unsigned char *>(read),
-                    reinterpret_cast<const unsigned char *>(quote));
-            break;
-        }
+    while (backslash) {
         if (out)
-            write = appendUtf8(write, reinterpret_cast<const unsigned char *>(read),
-                reinterpret_cast<const unsigned char *>(backslash));
+            write = appendUtf8(write, read, backslash);
         const char escaped = backslash[1];
         read = backslash + 2;
         char16_t unit = 0;
@@ -116,8 +104,8 @@ bool readString(const char *contents, const char *end, QString *out)
             unit = u'\t';
             break;
         case 'u': {
-            // The parser's padding makes the four bytes readable; a quote
-            // among them fails the hex check.
+            // A quote among the four fails the hex check, so this never
+            // reads past the string.
             const auto value = hexValue(read);
             if (!value)
                 return false;
@@ -133,16 +121,10 @@ bool readString(const char *contents, const char *end, QString *out)
         }
         if (out)
             *write++ = unit;
-        if (read > quote) {
-            // The quote found was escaped: the string goes on.
-            quote = static_cast<const char *>(std::memchr(read, '"', size_t(end - read)));
-            if (!quote)
-                return false;
-            makeRoom(quote);
-        }
         backslash = static_cast<const char *>(std::memchr(read, '\\', size_t(quote - read)));
     }
     if (out) {
+        write = appendUtf8(write, read, quote);
         text.truncate(write - reinterpret_cast<char16_t *>(text.data()));
         *out = std::move(text);
     }

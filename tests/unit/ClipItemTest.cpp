@@ -80,7 +80,7 @@ TEST(ClipItemJsonTest, RoundTripKeepsEveryFieldExactly)
         // Control characters, a lone surrogate at either end, huge and tiny
         // numbers: whatever a hostile clipboard gives must come back as it was.
         ClipItem { .kind = ClipKind::Text,
-            .preview = QString(QChar(0xDC00)) + QStringLiteral("\x01\t\r\b\f\x7f\u2028"),
+            .preview = QString(QChar(0xDC00)) + QStringLiteral("\x01\t\r\b\f\x7f\u2028\n\uFEFF"),
             .fullText = QStringLiteral("a") + QChar(0xD800),
             .createdAt = 1e300 },
         ClipItem {
