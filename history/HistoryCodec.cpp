@@ -363,7 +363,7 @@ std::optional<QList<ClipItem>> decode(const QByteArray &bytes)
     // The parser reads a little past the end: use the bytes in place when
     // their buffer has room for that, else a copy that has.
     simdjson::padded_string copy;
-    if (size_t(bytes.capacity() - bytes.size()) < simdjson::SIMDJSON_PADDING) {
+    if (bytes.capacity() - bytes.size() < qsizetype(simdjson::SIMDJSON_PADDING)) {
         copy = simdjson::padded_string(data, size);
         data = copy.data();
     }
