@@ -4,6 +4,7 @@
 #include "AppCore.h"
 #include "AppSettings.h"
 #include "HistoryFolder.h"
+#include "UpdaterController.h"
 #include "X11ClickMonitor.h"
 #include "X11KeyGrabber.h"
 #include "X11Pasteboard.h"
@@ -26,7 +27,7 @@ bool ZettlyAppDelegate::applicationDidFinishLaunching()
     m_keyGrabber = std::make_unique<X11KeyGrabber>();
     m_clickMonitor = std::make_unique<X11ClickMonitor>();
     m_core = std::make_unique<AppCore>(AppSettings::shared(), HistoryFolder::standardPath(),
-        PlatformServices { *m_pasteboard, *m_workspace, *m_keyGrabber, *m_clickMonitor });
+        PlatformServices { *m_pasteboard, *m_workspace, *m_keyGrabber, *m_clickMonitor }, UpdaterController::shared());
     m_core->start();
     // Decoding the history file peaks at several times its size; give what
     // the allocator kept back to the system, as Zettly then idles for hours.

@@ -14,6 +14,8 @@ packages=(
     adwaita-icon-theme
     # tests, benchmarks, fuzzing
     libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev
+    # the update tests make a certificate for their local https server
+    openssl
     # real-X tests
     xvfb xauth x11-xkb-utils xkb-data openbox xdotool xclip x11-utils
     # packaging test

@@ -10,8 +10,11 @@
 #include "MemoryPasteboard.h"
 #include "MemoryWorkspace.h"
 #include "PanelController.h"
+#include "ScriptedUpdateCheck.h"
 #include "SettingsWindow.h"
 #include "StatusMenu.h"
+#include "UpdateDialog.h"
+#include "UpdaterController.h"
 
 #include <QAction>
 #include <QMenu>
@@ -30,7 +33,11 @@ TEST(AppCore, StartsEverythingAndFollowsTheShortcutSetting)
     MemoryWorkspace workspace;
     MemoryKeyGrabber keyGrabber;
     MemoryClickMonitor clicks;
-    AppCore core(settings, home.filePath(QStringLiteral("Zettly")), { pasteboard, workspace, keyGrabber, clicks });
+    auto *updateCheck = new ScriptedUpdateCheck;
+    UpdaterController updater(
+        updateCheck, QStringLiteral("5"), QStringLiteral("1.0"), UpdaterController::AutomaticChecks::Off);
+    AppCore core(
+        settings, home.filePath(QStringLiteral("Zettly")), { pasteboard, workspace, keyGrabber, clicks }, updater);
     EXPECT_EQ(AppCore::shared(), nullptr);
     core.start();
     EXPECT_EQ(AppCore::shared(), &core);
@@ -62,7 +69,8 @@ TEST(AppCore, StartsEverythingAndFollowsTheShortcutSetting)
     const MemoryKeyGrabber::Combination changed { 8, 4352 };
     EXPECT_EQ(keyGrabber.grabbed(), changed);
     keyGrabber.press(standard);
-    QTest::qWait(50);
+    // The press would be handled one turn later.
+    QCoreApplication::processEvents();
     EXPECT_FALSE(core.panelController()->isShown());
     keyGrabber.press(changed);
     EXPECT_TRUE(QTest::qWaitFor([&] { return core.panelController()->isShown(); }, 2000));
@@ -72,6 +80,12 @@ TEST(AppCore, StartsEverythingAndFollowsTheShortcutSetting)
     clicks.click();
     EXPECT_FALSE(core.panelController()->isShown());
     EXPECT_FALSE(clicks.isStarted());
+
+    // The menu's check goes to the updater the core was given.
+    core.checkUpdatesAction();
+    EXPECT_EQ(updateCheck->started(), 1);
+    ASSERT_TRUE(updater.dialog());
+    EXPECT_TRUE(updater.dialog()->isVisible());
 
     // One preferences window, brought back rather than built again.
     core.openSettingsAction();
