@@ -4,6 +4,7 @@
 #include "HotKeyConfig.h"
 #include "OtherClient.h"
 
+#include <QAbstractNativeEventFilter>
 #include <QProcess>
 #include <QSignalSpy>
 #include <QTest>
@@ -59,6 +60,30 @@ bool moveNumLockToMod3(xcb_connection_t *connection)
     std::free(set);
     return moved;
 }
+
+// Counts the presses of a key that reach Qt, auto-repeats included.
+class PressCounter : public QAbstractNativeEventFilter {
+public:
+    explicit PressCounter(quint8 xKey)
+        : m_xKey(xKey)
+    {
+        QCoreApplication::instance()->installNativeEventFilter(this);
+    }
+    ~PressCounter() override { QCoreApplication::instance()->removeNativeEventFilter(this); }
+
+    bool nativeEventFilter(const QByteArray &, void *message, qintptr *) override
+    {
+        const auto *event = static_cast<const xcb_key_press_event_t *>(message);
+        if ((event->response_type & 0x7f) == XCB_KEY_PRESS && event->detail == m_xKey)
+            ++presses;
+        return false;
+    }
+
+    int presses = 0;
+
+private:
+    quint8 m_xKey;
+};
 
 bool repeatKeys(OtherClient &client)
 {
@@ -127,8 +152,10 @@ TEST_F(X11KeyGrabberTest, HeldKeyReportsOnePress)
 {
     ASSERT_TRUE(repeatKeys(other));
     ASSERT_TRUE(grabber.grab(positionV, controlCommand));
+    PressCounter received(xKeyV);
     xdotool("keydown", "ctrl+super+v");
-    QTest::qWait(1000); // past the repeat delay, 660 ms by default
+    // Held until the server has repeated the press twice.
+    ASSERT_TRUE(QTest::qWaitFor([&] { return received.presses >= 3; }, 10000));
     xdotool("keyup", "ctrl+super+v");
     press("ctrl+super+v");
     EXPECT_EQ(presses.count(), 2);
