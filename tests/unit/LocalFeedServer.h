@@ -80,13 +80,11 @@ private:
         {
             const QString keyPath = folder.filePath(QStringLiteral("key.pem"));
             const QString certificatePath = folder.filePath(QStringLiteral("cert.pem"));
+            const QString request = QStringLiteral("req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes "
+                                                   "-days 2 -subj /CN=127.0.0.1 -addext subjectAltName=IP:127.0.0.1");
             const int status = QProcess::execute(QStringLiteral("openssl"),
-                { QStringLiteral("req"), QStringLiteral("-x509"), QStringLiteral("-newkey"), QStringLiteral("ec"),
-                    QStringLiteral("-pkeyopt"), QStringLiteral("ec_paramgen_curve:prime256v1"),
-                    QStringLiteral("-nodes"), QStringLiteral("-days"), QStringLiteral("2"), QStringLiteral("-subj"),
-                    QStringLiteral("/CN=127.0.0.1"), QStringLiteral("-addext"),
-                    QStringLiteral("subjectAltName=IP:127.0.0.1"), QStringLiteral("-keyout"), keyPath,
-                    QStringLiteral("-out"), certificatePath });
+                request.split(u' ')
+                    + QStringList { QStringLiteral("-keyout"), keyPath, QStringLiteral("-out"), certificatePath });
             EXPECT_EQ(status, 0) << "openssl could not make the test certificate";
             certificate = QSslCertificate::fromPath(certificatePath).value(0);
             QFile keyFile(keyPath);
