@@ -22,7 +22,7 @@ class AppCore : public QObject {
 
 public:
     // Loads the history from historyDir. Nothing runs until start(), which
-    // also starts updater's automatic checks.
+    // also starts the automatic checks of updater, which outlives the core.
     AppCore(AppSettings &settings, const QString &historyDir, PlatformServices platform, UpdaterController &updater,
         QObject *parent = nullptr);
     ~AppCore() override;

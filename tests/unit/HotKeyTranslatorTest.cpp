@@ -85,8 +85,9 @@ TEST(KeyPositionsTest, MapsBothWaysOneToOne)
         EXPECT_EQ(KeyPositions::virtualKeyCode(xKey - 8), virtualKey) << virtualKey;
     }
     for (quint32 code = 0; code < 256; ++code) {
-        if (const auto evdev = KeyPositions::evdevCode(code))
+        if (const auto evdev = KeyPositions::evdevCode(code)) {
             EXPECT_EQ(KeyPositions::virtualKeyCode(*evdev), code) << code;
+        }
     }
     EXPECT_FALSE(KeyPositions::evdevCode(200));
     EXPECT_FALSE(KeyPositions::evdevCode(0x10000 + 9));
