@@ -3,6 +3,7 @@
 
 #include "HotKeyConfig.h"
 #include "OtherClient.h"
+#include "XcbReply.h"
 
 #include <QAbstractNativeEventFilter>
 #include <QProcess>
@@ -13,8 +14,6 @@
 
 #include <xcb/xcb.h>
 
-#include <cstdlib>
-#include <memory>
 #include <utility>
 
 namespace {
@@ -45,8 +44,8 @@ bool useLayout(const char *variant = "")
 // Moves Num_Lock from Mod2 to Mod3, which Xvfb leaves empty.
 bool moveNumLockToMod3(xcb_connection_t *connection)
 {
-    const std::unique_ptr<xcb_get_modifier_mapping_reply_t, decltype(&std::free)> mapping(
-        xcb_get_modifier_mapping_reply(connection, xcb_get_modifier_mapping(connection), nullptr), &std::free);
+    const XcbReply<xcb_get_modifier_mapping_reply_t> mapping(
+        xcb_get_modifier_mapping_reply(connection, xcb_get_modifier_mapping(connection), nullptr));
     if (!mapping)
         return false;
     const int width = mapping->keycodes_per_modifier;
@@ -54,11 +53,9 @@ bool moveNumLockToMod3(xcb_connection_t *connection)
     if (keyCodes[XCB_MAP_INDEX_2 * width] != xKeyNumLock || keyCodes[XCB_MAP_INDEX_3 * width] != 0)
         return false;
     std::swap(keyCodes[XCB_MAP_INDEX_2 * width], keyCodes[XCB_MAP_INDEX_3 * width]);
-    xcb_set_modifier_mapping_reply_t *set
-        = xcb_set_modifier_mapping_reply(connection, xcb_set_modifier_mapping(connection, width, keyCodes), nullptr);
-    const bool moved = set && set->status == XCB_MAPPING_STATUS_SUCCESS;
-    std::free(set);
-    return moved;
+    const XcbReply<xcb_set_modifier_mapping_reply_t> set(
+        xcb_set_modifier_mapping_reply(connection, xcb_set_modifier_mapping(connection, width, keyCodes), nullptr));
+    return set && set->status == XCB_MAPPING_STATUS_SUCCESS;
 }
 
 // Counts the presses of a key that reach Qt, auto-repeats included.
