@@ -5,6 +5,7 @@
 #include "AppSettings.h"
 #include "HistoryFolder.h"
 #include "SettingsWindow.h"
+#include "UpdaterController.h"
 #include "WorkspaceWindowActivation.h"
 #include "X11ClickMonitor.h"
 #include "X11KeyGrabber.h"
@@ -29,7 +30,7 @@ bool ZettlyAppDelegate::applicationDidFinishLaunching()
     m_keyGrabber = std::make_unique<X11KeyGrabber>();
     m_clickMonitor = std::make_unique<X11ClickMonitor>();
     m_core = std::make_unique<AppCore>(AppSettings::shared(), HistoryFolder::standardPath(),
-        PlatformServices { *m_pasteboard, *m_workspace, *m_keyGrabber, *m_clickMonitor });
+        PlatformServices { *m_pasteboard, *m_workspace, *m_keyGrabber, *m_clickMonitor }, UpdaterController::shared());
     m_core->start();
     m_keyLayout = XkbKeyLayout::open();
     m_windowActivation = std::make_unique<WorkspaceWindowActivation>(*m_workspace);
