@@ -37,7 +37,8 @@ AppCore *AppCore::shared()
 void AppCore::start()
 {
     sharedCore = this;
-    m_panelController = std::make_unique<PanelController>(new PickerPlaceholder(m_store), m_platform.workspace);
+    m_panelController = std::make_unique<PanelController>(
+        new PickerPlaceholder(m_store), m_platform.workspace, m_platform.desktopWindows);
     m_panelController->setClickMonitor(&m_platform.clickMonitor);
     m_watcher = std::make_unique<ClipboardWatcher>(m_platform.pasteboard, m_platform.workspace, m_store, m_settings);
     m_watcher->start();

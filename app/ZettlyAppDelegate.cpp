@@ -7,6 +7,7 @@
 #include "X11ClickMonitor.h"
 #include "X11KeyGrabber.h"
 #include "X11Pasteboard.h"
+#include "X11PasteKeystroke.h"
 #include "X11Workspace.h"
 
 #include <malloc.h>
@@ -25,8 +26,12 @@ bool ZettlyAppDelegate::applicationDidFinishLaunching()
     m_workspace = std::make_unique<X11Workspace>();
     m_keyGrabber = std::make_unique<X11KeyGrabber>();
     m_clickMonitor = std::make_unique<X11ClickMonitor>();
+    // Without XTest it sends nothing, quietly: the entry stays on the
+    // clipboard for the user to paste.
+    m_pasteKeystroke = std::make_unique<X11PasteKeystroke>();
     m_core = std::make_unique<AppCore>(AppSettings::shared(), HistoryFolder::standardPath(),
-        PlatformServices { *m_pasteboard, *m_workspace, *m_keyGrabber, *m_clickMonitor });
+        PlatformServices {
+            *m_pasteboard, *m_workspace, *m_keyGrabber, *m_clickMonitor, *m_workspace, *m_pasteKeystroke });
     m_core->start();
     // Decoding the history file peaks at several times its size; give what
     // the allocator kept back to the system, as Zettly then idles for hours.

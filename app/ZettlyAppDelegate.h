@@ -8,6 +8,7 @@
 class AppCore;
 class X11ClickMonitor;
 class X11KeyGrabber;
+class X11PasteKeystroke;
 class X11Pasteboard;
 class X11Workspace;
 
@@ -27,5 +28,6 @@ private:
     std::unique_ptr<X11Workspace> m_workspace;
     std::unique_ptr<X11KeyGrabber> m_keyGrabber;
     std::unique_ptr<X11ClickMonitor> m_clickMonitor;
+    std::unique_ptr<X11PasteKeystroke> m_pasteKeystroke;
     std::unique_ptr<AppCore> m_core;
 };

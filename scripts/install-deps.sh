@@ -15,7 +15,7 @@ packages=(
     # tests, benchmarks, fuzzing
     libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev
     # real-X tests
-    xvfb xauth x11-xkb-utils xkb-data openbox xdotool xclip x11-utils
+    xvfb xauth x11-xkb-utils xkb-data openbox xdotool xclip x11-utils lxterminal
     # packaging test
     desktop-file-utils
 )

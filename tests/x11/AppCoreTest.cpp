@@ -8,6 +8,7 @@
 #include "MemoryClickMonitor.h"
 #include "MemoryKeyGrabber.h"
 #include "MemoryPasteboard.h"
+#include "MemoryPasteKeystroke.h"
 #include "MemoryWorkspace.h"
 #include "PanelController.h"
 #include "SettingsWindow.h"
@@ -30,7 +31,9 @@ TEST(AppCore, StartsEverythingAndFollowsTheShortcutSetting)
     MemoryWorkspace workspace;
     MemoryKeyGrabber keyGrabber;
     MemoryClickMonitor clicks;
-    AppCore core(settings, home.filePath(QStringLiteral("Zettly")), { pasteboard, workspace, keyGrabber, clicks });
+    MemoryPasteKeystroke keystroke;
+    AppCore core(settings, home.filePath(QStringLiteral("Zettly")),
+        { pasteboard, workspace, keyGrabber, clicks, workspace, keystroke });
     EXPECT_EQ(AppCore::shared(), nullptr);
     core.start();
     EXPECT_EQ(AppCore::shared(), &core);

@@ -2,12 +2,14 @@
 #include "PanelController.h"
 #include "ClipPanel.h"
 #include "OtherClient.h"
+#include "X11ClickMonitor.h"
 #include "X11Workspace.h"
 
 #include <QCursor>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QProcess>
+#include <QSignalSpy>
 #include <QTest>
 #include <QWindow>
 
@@ -78,9 +80,14 @@ QList<quint32> cardinals(const OtherClient &client, xcb_window_t window, std::st
     return QList<quint32>(values, values + xcb_get_property_value_length(reply.get()) / 4);
 }
 
+// With the event loop running meanwhile, as the app's would: a blocking run
+// would let Qt's delayed focus change overtake the click monitor.
 bool xdotool(const QStringList &arguments)
 {
-    return QProcess::execute(QStringLiteral("xdotool"), arguments) == 0;
+    QProcess process;
+    process.start(QStringLiteral("xdotool"), arguments);
+    return QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, patience)
+        && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
 }
 
 bool movePointer(QPoint position)
@@ -94,12 +101,38 @@ bool clickAt(QPoint position)
     return movePointer(position) && xdotool({ QStringLiteral("click"), QStringLiteral("1") });
 }
 
+// Returns once the window manager has handled every request sent to it
+// before: it answers _NET_REQUEST_FRAME_EXTENTS in turn with the others.
+bool windowManagerBarrier(OtherClient &client)
+{
+    xcb_connection_t *connection = client.connection();
+    const xcb_window_t probe = xcb_generate_id(connection);
+    xcb_create_window(connection, XCB_COPY_FROM_PARENT, probe, client.root(), 0, 0, 1, 1, 0,
+        XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+    xcb_client_message_event_t request {};
+    request.response_type = XCB_CLIENT_MESSAGE;
+    request.format = 32;
+    request.window = probe;
+    request.type = client.atom("_NET_REQUEST_FRAME_EXTENTS");
+    xcb_send_event(connection, false, client.root(),
+        XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+        reinterpret_cast<const char *>(&request));
+    client.sync();
+    const bool answered
+        = QTest::qWaitFor([&] { return !cardinals(client, probe, "_NET_FRAME_EXTENTS").isEmpty(); }, patience);
+    xcb_destroy_window(connection, probe);
+    client.sync();
+    return answered;
+}
+
 class PanelControllerTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
         ASSERT_FALSE(cardinals(other, other.root(), "_NET_SUPPORTING_WM_CHECK").isEmpty()) << "needs a window manager";
         foreign = createForeignWindow(other);
+        ASSERT_TRUE(clicks.isValid());
+        controller.setClickMonitor(&clicks);
         X11Workspace(other.connection()).activate({ foreign, std::nullopt });
         ASSERT_TRUE(QTest::qWaitFor([&] { return other.inputFocus() == foreign; }, patience));
     }
@@ -162,7 +195,8 @@ protected:
     OtherClient other;
     xcb_window_t foreign = 0;
     X11Workspace workspace;
-    PanelController controller { new QLabel(QStringLiteral("Zettly")), workspace };
+    X11ClickMonitor clicks;
+    PanelController controller { new QLabel(QStringLiteral("Zettly")), workspace, workspace };
     QWidget preferences;
 };
 
@@ -230,12 +264,12 @@ TEST_F(PanelControllerTest, ShowDuringFadeOutWins)
     ASSERT_TRUE(controller.panel().isVisible());
     ASSERT_TRUE(showAt({ 200, 100 }));
 
-    // Well past the fade-out's end.
-    QTest::qWait(quietSpell);
+    // The fade-in, longer than the fade-out, has ended: so would have the
+    // fade-out, had it not been stopped.
+    ASSERT_TRUE(QTest::qWaitFor([&] { return controller.panel().windowOpacity() == 1.0; }, patience));
     EXPECT_TRUE(controller.isShown());
     EXPECT_TRUE(other.isViewable(panelWindow()));
     EXPECT_TRUE(panelHasFocus());
-    EXPECT_EQ(controller.panel().windowOpacity(), 1.0);
     EXPECT_TRUE(
         QTest::qWaitFor([&] { return other.rootGeometry(panelWindow()).topLeft() == QPoint(208, 104); }, patience));
 }
@@ -255,6 +289,62 @@ TEST_F(PanelControllerTest, ClicksHideItOnlyInOtherApplications)
     ASSERT_TRUE(clickAt(other.rootGeometry(foreign).center()));
     EXPECT_TRUE(panelGoneAndFocusOn(foreign));
     EXPECT_FALSE(controller.isShown());
+}
+
+// The focus stays on the window clicked, not on the one remembered.
+TEST_F(PanelControllerTest, ClickOnAThirdWindowLeavesItActive)
+{
+    const xcb_window_t third = other.createWindow("third", "Third", { 700, 500, 400, 200 });
+    X11Workspace(other.connection()).activate({ foreign, std::nullopt });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return other.inputFocus() == foreign; }, patience));
+    ASSERT_TRUE(showAt({ 100, 100 }));
+    ASSERT_EQ(controller.previousApp(), (RunningApp { foreign, QStringLiteral("Foreign") }));
+    ASSERT_TRUE(clickAt(other.rootGeometry(third).center()));
+    EXPECT_TRUE(panelGoneAndFocusOn(third));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !controller.isShown(); }, patience));
+    // A focus handed back on hiding would be served by now.
+    ASSERT_TRUE(windowManagerBarrier(other));
+    EXPECT_EQ(other.inputFocus(), third);
+    EXPECT_EQ(workspace.frontmostApp(), (RunningApp { third, QStringLiteral("Third") }));
+}
+
+// The left and right buttons are clicks; the middle one and the wheel are
+// not. Checked on the monitor: under a window manager, a button that focuses
+// the window it lands in hides the panel through the focus anyway.
+TEST(PanelControllerClicks, OnlyLeftAndRightButtonsCount)
+{
+    // Over a window: on the bare desktop, buttons open the window manager's
+    // menus.
+    OtherClient other;
+    other.createWindow("target", "Target", { 440, 300, 400, 200 });
+    X11ClickMonitor monitor;
+    ASSERT_TRUE(monitor.isValid());
+    QSignalSpy clicks(&monitor, &ClickMonitor::clicked);
+    monitor.start();
+    const struct {
+        const char *button;
+        bool counts;
+    } rows[] = { { "1", true }, { "2", false }, { "3", true }, { "4", false }, { "5", false }, { "6", false },
+        { "7", false } };
+    ASSERT_TRUE(movePointer({ 640, 400 }));
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.button);
+        clicks.clear();
+        ASSERT_TRUE(xdotool({ QStringLiteral("click"), QString::fromLatin1(row.button) }));
+        const auto reported = [&] { return QTest::qWaitFor([&] { return !clicks.isEmpty(); }, patience); };
+        if (row.counts) {
+            EXPECT_TRUE(reported());
+            continue;
+        }
+        // The events of a finished xdotool are in our socket: read them.
+        other.sync();
+        QCoreApplication::processEvents();
+        QCoreApplication::processEvents();
+        EXPECT_EQ(clicks.count(), 0);
+        // The monitor still listens: a left click after it is reported.
+        ASSERT_TRUE(xdotool({ QStringLiteral("click"), QStringLiteral("1") }));
+        EXPECT_TRUE(reported());
+    }
 }
 
 // The window manager alone would hand the focus to our own window.
