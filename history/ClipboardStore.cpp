@@ -4,9 +4,48 @@
 #include "AppSettings.h"
 #include "CanonicalText.h"
 
+#include <QHash>
+#include <QSet>
+
 #include <algorithm>
 
 namespace {
+
+// A change of more steps than this is announced as a reset: a view reloads
+// faster than it follows hundreds of single rows.
+constexpr qsizetype maxSteps = 16;
+
+QList<QUuid> idsOf(const QList<ClipItem> &items)
+{
+    QList<QUuid> ids;
+    ids.reserve(items.size());
+    for (const ClipItem &item : items)
+        ids.append(item.id);
+    return ids;
+}
+
+// The single move that turns from into to, if there is one.
+std::optional<std::pair<qsizetype, qsizetype>> singleMove(const QList<QUuid> &from, const QList<QUuid> &to)
+{
+    qsizetype first = 0;
+    while (first < from.size() && from[first] == to[first])
+        ++first;
+    if (first == from.size())
+        return std::pair<qsizetype, qsizetype>(-1, -1);
+    qsizetype last = from.size() - 1;
+    while (from[last] == to[last])
+        --last;
+    const auto same
+        = [](const QList<QUuid> &a, qsizetype aFrom, const QList<QUuid> &b, qsizetype bFrom, qsizetype count) {
+              return std::equal(a.begin() + aFrom, a.begin() + aFrom + count, b.begin() + bFrom);
+          };
+    const qsizetype span = last - first;
+    if (from[first] == to[last] && same(from, first + 1, to, first, span))
+        return std::pair(first, last);
+    if (from[last] == to[first] && same(from, first, to, first + 1, span))
+        return std::pair(last, first);
+    return std::nullopt;
+}
 
 bool sameOptionalText(const std::optional<QString> &a, const std::optional<QString> &b)
 {
@@ -115,8 +154,72 @@ void ClipboardStore::clearUnpinned()
 void ClipboardStore::assignItems(QList<ClipItem> items)
 {
     Q_EMIT aboutToChange();
-    m_items = std::move(items);
+    if (!applyInSteps(items)) {
+        Q_EMIT itemsAboutToBeReset();
+        m_items = std::move(items);
+        Q_EMIT itemsReset();
+    }
     Q_EMIT changed();
+}
+
+bool ClipboardStore::applyInSteps(const QList<ClipItem> &target)
+{
+    // Planned on the ids first, so that a change too large to follow is left
+    // whole to the reset.
+    QList<QUuid> ids = idsOf(m_items);
+    const QList<QUuid> targetIds = idsOf(target);
+    const QSet<QUuid> before(ids.cbegin(), ids.cend());
+    const QSet<QUuid> after(targetIds.cbegin(), targetIds.cend());
+    // A history file may repeat an id: rows could not be told apart.
+    if (before.size() != ids.size() || after.size() != targetIds.size())
+        return false;
+
+    QList<qsizetype> removedRows;
+    for (qsizetype row = ids.size() - 1; row >= 0; --row) {
+        if (!after.contains(ids[row])) {
+            removedRows.append(row);
+            ids.removeAt(row);
+        }
+    }
+    // Each new entry goes where it belongs if the others are in place; a
+    // move below fixes what is not.
+    QList<std::pair<qsizetype, qsizetype>> insertedRows;
+    for (qsizetype row = 0; row < targetIds.size(); ++row) {
+        if (!before.contains(targetIds[row])) {
+            const qsizetype at = std::min(row, ids.size());
+            ids.insert(at, targetIds[row]);
+            insertedRows.append({ at, row });
+        }
+    }
+    const std::optional<std::pair<qsizetype, qsizetype>> move = singleMove(ids, targetIds);
+    if (!move || removedRows.size() + insertedRows.size() + 1 > maxSteps)
+        return false;
+
+    for (const qsizetype row : std::as_const(removedRows)) {
+        Q_EMIT itemAboutToBeRemoved(row);
+        m_items.removeAt(row);
+        Q_EMIT itemRemoved(row);
+    }
+    for (const auto &[at, row] : std::as_const(insertedRows)) {
+        Q_EMIT itemAboutToBeInserted(at);
+        m_items.insert(at, target[row]);
+        Q_EMIT itemInserted(at);
+    }
+    if (const auto [from, to] = *move; from >= 0) {
+        Q_EMIT itemAboutToBeMoved(from, to);
+        m_items.move(from, to);
+        Q_EMIT itemMoved(from, to);
+    }
+    // Same entries in the same order now; only a pin may differ.
+    QList<qsizetype> changedRows;
+    for (qsizetype row = 0; row < target.size(); ++row) {
+        if (m_items[row].pinned != target[row].pinned)
+            changedRows.append(row);
+    }
+    m_items = target;
+    for (const qsizetype row : std::as_const(changedRows))
+        Q_EMIT itemChanged(row);
+    return true;
 }
 
 void ClipboardStore::save() const

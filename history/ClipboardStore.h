@@ -46,8 +46,27 @@ Q_SIGNALS:
     // Sent after items() changed.
     void changed();
 
+    // Between aboutToChange() and changed(), each operation is told step by
+    // step, in pairs around the step, so that a list model can follow it
+    // without reloading: rows are those of items() at the time of the step.
+    void itemAboutToBeInserted(qsizetype row);
+    void itemInserted(qsizetype row);
+    void itemAboutToBeRemoved(qsizetype row);
+    void itemRemoved(qsizetype row);
+    // The entry at from ends up at to, as with QList::move().
+    void itemAboutToBeMoved(qsizetype from, qsizetype to);
+    void itemMoved(qsizetype from, qsizetype to);
+    // The entry at row stayed in place but changed (its pin).
+    void itemChanged(qsizetype row);
+    // Anything that is not a few such steps: the whole list may differ.
+    void itemsAboutToBeReset();
+    void itemsReset();
+
 private:
     void assignItems(QList<ClipItem> items);
+    // Turns items() into target one announced step at a time; false, having
+    // done nothing, when that would take more than a few steps.
+    bool applyInSteps(const QList<ClipItem> &target);
     void save() const;
 
     const AppSettings &m_settings;

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "SearchIndex.h"
+
+#include "SearchNeedle.h"
+
+#include <QSet>
+
+#include <algorithm>
+
+QList<qsizetype> SearchIndex::matchingRows(const QList<ClipItem> &items, const QString &query)
+{
+    QList<qsizetype> rows;
+    rows.reserve(items.size());
+    if (query.isEmpty()) {
+        for (qsizetype row = 0; row < items.size(); ++row)
+            rows.append(row);
+        return rows;
+    }
+    const SearchNeedle needle(query);
+    for (qsizetype row = 0; row < items.size(); ++row) {
+        if (matches(items[row], needle))
+            rows.append(row);
+    }
+    return rows;
+}
+
+bool SearchIndex::matches(const ClipItem &item, const SearchNeedle &needle)
+{
+    const Texts &texts = textsOf(item);
+    if (needle.isFoundIn(texts.preview) || needle.isFoundIn(texts.fullText))
+        return true;
+    return std::any_of(
+        texts.filePaths.cbegin(), texts.filePaths.cend(), [&](const QString &path) { return needle.isFoundIn(path); });
+}
+
+void SearchIndex::keepOnly(const QList<ClipItem> &items)
+{
+    QSet<QUuid> kept;
+    kept.reserve(items.size());
+    for (const ClipItem &item : items)
+        kept.insert(item.id);
+    m_texts.removeIf([&](const auto &entry) { return !kept.contains(entry.key()); });
+}
+
+const SearchIndex::Texts &SearchIndex::textsOf(const ClipItem &item)
+{
+    auto found = m_texts.find(item.id);
+    if (found != m_texts.end())
+        return *found;
+    Texts texts;
+    texts.preview = SearchNeedle::comparableForm(item.preview);
+    if (item.fullText)
+        texts.fullText = SearchNeedle::comparableForm(*item.fullText);
+    if (item.filePaths) {
+        for (const QString &path : *item.filePaths)
+            texts.filePaths.append(SearchNeedle::comparableForm(path));
+    }
+    return *m_texts.insert(item.id, std::move(texts));
+}
