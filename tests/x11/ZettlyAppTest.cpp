@@ -30,15 +30,7 @@ bool movePointer(int x, int y)
     return xdotool({ QStringLiteral("mousemove"), QString::number(x), QString::number(y) });
 }
 
-// The picker panel of that process as it is on screen, if it is.
-std::optional<QRect> panelOf(const OtherClient &display, const QProcess &app)
-{
-    for (const QRect &window : display.visibleWindowsOf(app.processId())) {
-        if (window.size() == QSize(360, 480))
-            return window;
-    }
-    return std::nullopt;
-}
+constexpr auto panelOf = &RunningZettly::panelOf;
 
 } // namespace
 
