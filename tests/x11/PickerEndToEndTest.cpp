@@ -2,6 +2,7 @@
 #include "OtherClient.h"
 #include "RunningZettly.h"
 #include "TextTarget.h"
+#include "XcbReply.h"
 #include "XClip.h"
 #include "XDoTool.h"
 
@@ -48,12 +49,25 @@ protected:
     {
         if (!XDoTool::moveTo(pointer) || !XDoTool::key({ QStringLiteral("ctrl+super+v") }))
             return false;
+        // Keys pressed before the panel has the focus go elsewhere.
         return QTest::qWaitFor(
             [&] {
                 panel = RunningZettly::panelOf(display, *app);
-                return panel.has_value();
+                return panel.has_value() && focusedProcess() == app->processId();
             },
             patience);
+    }
+
+    qint64 focusedProcess() const
+    {
+        xcb_connection_t *connection = display.connection();
+        const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection,
+            xcb_get_property(
+                connection, false, display.inputFocus(), display.atom("_NET_WM_PID"), XCB_ATOM_CARDINAL, 0, 1),
+            nullptr));
+        if (!reply || xcb_get_property_value_length(reply.get()) != 4)
+            return 0;
+        return *static_cast<const uint32_t *>(xcb_get_property_value(reply.get()));
     }
 
     bool panelGone() const
