@@ -2,6 +2,7 @@
 #include "OtherClient.h"
 #include "RunningZettly.h"
 #include "XClip.h"
+#include "XDoTool.h"
 
 #include <QElapsedTimer>
 #include <QTest>
@@ -13,21 +14,9 @@
 
 namespace {
 
-bool xdotool(const QStringList &arguments)
-{
-    QProcess process;
-    process.start(QStringLiteral("xdotool"), arguments);
-    return process.waitForFinished(10000) && process.exitCode() == 0;
-}
-
 bool pressShortcut()
 {
-    return xdotool({ QStringLiteral("key"), QStringLiteral("ctrl+super+v") });
-}
-
-bool movePointer(int x, int y)
-{
-    return xdotool({ QStringLiteral("mousemove"), QString::number(x), QString::number(y) });
+    return XDoTool::key({ QStringLiteral("ctrl+super+v") });
 }
 
 constexpr auto panelOf = &RunningZettly::panelOf;
@@ -114,30 +103,28 @@ TEST(ZettlyApp, ShortcutTogglesThePanelBesideThePointer)
         { { 1270, 790 }, { 912, 302 } },
     };
     for (const auto &placement : placements) {
-        ASSERT_TRUE(movePointer(placement.pointer.x(), placement.pointer.y()));
+        ASSERT_TRUE(XDoTool::moveTo(placement.pointer));
         ASSERT_TRUE(pressShortcut());
         EXPECT_TRUE(waitForPanel(placement.panel)) << placement.pointer.x() << ',' << placement.pointer.y();
         ASSERT_TRUE(pressShortcut());
         EXPECT_TRUE(waitForPanel(std::nullopt));
     }
 
-    ASSERT_TRUE(xdotool({ QStringLiteral("key"), QStringLiteral("Num_Lock") }));
-    ASSERT_TRUE(movePointer(100, 100));
+    ASSERT_TRUE(XDoTool::key({ QStringLiteral("Num_Lock") }));
+    ASSERT_TRUE(XDoTool::moveTo({ 100, 100 }));
     ASSERT_TRUE(pressShortcut());
     EXPECT_TRUE(waitForPanel(QPoint(108, 104)));
-    ASSERT_TRUE(xdotool({ QStringLiteral("key"), QStringLiteral("Num_Lock") }));
+    ASSERT_TRUE(XDoTool::key({ QStringLiteral("Num_Lock") }));
 
     display.createWindow("autre", "Autre", { 700, 100, 300, 200 });
-    ASSERT_TRUE(xdotool({ QStringLiteral("mousemove"), QStringLiteral("800"), QStringLiteral("150"),
-        QStringLiteral("click"), QStringLiteral("1") }));
+    ASSERT_TRUE(XDoTool::click({ 800, 150 }));
     EXPECT_TRUE(waitForPanel(std::nullopt));
 
     // A click on the bare desktop moves no focus, and hides the panel too.
-    ASSERT_TRUE(movePointer(100, 100));
+    ASSERT_TRUE(XDoTool::moveTo({ 100, 100 }));
     ASSERT_TRUE(pressShortcut());
     ASSERT_TRUE(waitForPanel(QPoint(108, 104)));
-    ASSERT_TRUE(xdotool({ QStringLiteral("mousemove"), QStringLiteral("1200"), QStringLiteral("700"),
-        QStringLiteral("click"), QStringLiteral("1") }));
+    ASSERT_TRUE(XDoTool::click({ 1200, 700 }));
     EXPECT_TRUE(waitForPanel(std::nullopt));
 }
 
