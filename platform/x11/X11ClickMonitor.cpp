@@ -70,7 +70,7 @@ void X11ClickMonitor::select(bool rawButtonPresses)
         xcb_input_event_mask_t head;
         quint32 mask;
     } selection { { XCB_INPUT_DEVICE_ALL_MASTER, 1 },
-        rawButtonPresses ? XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS : 0u };
+        rawButtonPresses ? quint32(XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS) : 0u };
     xcb_input_xi_select_events(m_connection, m_root, 1, &selection.head);
     xcb_flush(m_connection);
 }
