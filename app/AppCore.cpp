@@ -52,6 +52,7 @@ void AppCore::start()
     // Its first access starts the automatic checks.
     UpdaterController::shared();
     m_statusMenu = std::make_unique<StatusMenu>(*this);
+    SettingsWindow::shared().setModel(m_settings, m_store);
 }
 
 void AppCore::applyHotkey()

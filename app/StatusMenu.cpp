@@ -3,6 +3,7 @@
 
 #include "AppCore.h"
 
+#include <QCursor>
 #include <QIcon>
 
 StatusMenu::StatusMenu(AppCore &core)
@@ -23,5 +24,12 @@ StatusMenu::StatusMenu(AppCore &core)
         QIcon::fromTheme(QStringLiteral("com.marovelin.zettly"), QIcon(QStringLiteral(":/icons/zettly.svg")))));
     m_trayIcon.setToolTip(QStringLiteral("Zettly"));
     m_trayIcon.setContextMenu(&m_menu);
+    // A left click opens the same menu as a right click: a tray icon has
+    // nothing else to show.
+    QObject::connect(
+        &m_trayIcon, &QSystemTrayIcon::activated, &m_menu, [this](QSystemTrayIcon::ActivationReason reason) {
+            if (reason == QSystemTrayIcon::Trigger)
+                m_menu.popup(QCursor::pos());
+        });
     m_trayIcon.show();
 }

@@ -4,11 +4,14 @@
 #include "AppCore.h"
 #include "AppSettings.h"
 #include "HistoryFolder.h"
+#include "SettingsWindow.h"
+#include "WorkspaceWindowActivation.h"
 #include "X11ClickMonitor.h"
 #include "X11KeyGrabber.h"
 #include "X11Pasteboard.h"
 #include "X11PasteKeystroke.h"
 #include "X11Workspace.h"
+#include "XkbKeyLayout.h"
 
 #include <malloc.h>
 
@@ -33,6 +36,10 @@ bool ZettlyAppDelegate::applicationDidFinishLaunching()
         PlatformServices {
             *m_pasteboard, *m_workspace, *m_keyGrabber, *m_clickMonitor, *m_workspace, *m_pasteKeystroke });
     m_core->start();
+    m_keyLayout = XkbKeyLayout::open();
+    m_windowActivation = std::make_unique<WorkspaceWindowActivation>(*m_workspace);
+    SettingsWindow::shared().setKeyLayout(m_keyLayout.get());
+    SettingsWindow::shared().setWindowActivation(m_windowActivation.get());
     // Decoding the history file peaks at several times its size; give what
     // the allocator kept back to the system, as Zettly then idles for hours.
     malloc_trim(0);

@@ -11,6 +11,8 @@ class X11KeyGrabber;
 class X11PasteKeystroke;
 class X11Pasteboard;
 class X11Workspace;
+class WorkspaceWindowActivation;
+class XkbKeyLayout;
 
 // Starts the app as one instance per user session, on X11.
 class ZettlyAppDelegate {
@@ -29,5 +31,7 @@ private:
     std::unique_ptr<X11KeyGrabber> m_keyGrabber;
     std::unique_ptr<X11ClickMonitor> m_clickMonitor;
     std::unique_ptr<X11PasteKeystroke> m_pasteKeystroke;
+    std::unique_ptr<XkbKeyLayout> m_keyLayout;
+    std::unique_ptr<WorkspaceWindowActivation> m_windowActivation;
     std::unique_ptr<AppCore> m_core;
 };

@@ -4,6 +4,7 @@
 #include "ZettlyAppDelegate.h"
 
 #include <QApplication>
+#include <QIcon>
 
 #include <cstdio>
 
@@ -24,6 +25,10 @@ int main(int argc, char *argv[])
     QApplication::setApplicationName(QStringLiteral("Zettly"));
     QApplication::setApplicationVersion(QStringLiteral(ZETTLY_VERSION));
     QApplication::setDesktopFileName(Workspace::ownIdentifier);
+    // Qt's own fallback, hicolor, has almost none of the icons the windows
+    // name; the user's theme still comes first. Before any icon is looked up:
+    // the first look-up fixes the themes.
+    QIcon::setFallbackThemeName(QStringLiteral("Adwaita"));
     // A tray app: closing the preferences must not end it.
     QApplication::setQuitOnLastWindowClosed(false);
 

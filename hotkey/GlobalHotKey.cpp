@@ -38,9 +38,29 @@ void GlobalHotKey::registerHotKey(quint32 keyCode, quint32 modifiers, std::funct
         m_grabber->ungrab();
     m_registered = false;
     m_callback = std::move(callback);
+    m_combination = std::pair { keyCode, modifiers };
     s_shared = this;
-    if (m_grabber)
+    if (m_grabber && !m_suspended)
         m_registered = m_grabber->grab(keyCode, modifiers);
+}
+
+void GlobalHotKey::suspend()
+{
+    if (m_suspended)
+        return;
+    m_suspended = true;
+    if (m_registered && m_grabber)
+        m_grabber->ungrab();
+    m_registered = false;
+}
+
+void GlobalHotKey::resume()
+{
+    if (!m_suspended)
+        return;
+    m_suspended = false;
+    if (m_combination && m_grabber)
+        m_registered = m_grabber->grab(m_combination->first, m_combination->second);
 }
 
 void GlobalHotKey::onPressed()

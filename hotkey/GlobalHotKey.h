@@ -5,6 +5,8 @@
 #include <QPointer>
 
 #include <functional>
+#include <optional>
+#include <utility>
 
 class KeyGrabber;
 
@@ -29,11 +31,21 @@ public:
     // Whether the desktop accepted the combination registered last.
     bool isRegistered() const { return m_registered; }
 
+    // Gives the combination back until resume(), so that its keys reach our
+    // own windows: while the user records a new shortcut, the current one
+    // must be recorded, not open the picker. A registration meanwhile is
+    // kept and taken at resume().
+    void suspend();
+    void resume();
+    bool isSuspended() const { return m_suspended; }
+
 private:
     void onPressed();
 
     // A QPointer: the grabber is owned elsewhere and may go first at exit.
     QPointer<KeyGrabber> m_grabber;
     std::function<void()> m_callback;
+    std::optional<std::pair<quint32, quint32>> m_combination;
     bool m_registered = false;
+    bool m_suspended = false;
 };

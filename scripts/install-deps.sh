@@ -15,7 +15,9 @@ packages=(
     # tests, benchmarks, fuzzing
     libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev
     # real-X tests
-    xvfb xauth x11-xkb-utils xkb-data openbox xdotool xclip x11-utils lxterminal
+    xvfb xauth x11-xkb-utils xkb-data openbox xdotool xclip x11-utils trayer lxterminal
+    # the accessibility bus, read as a screen reader does
+    python3-pyatspi at-spi2-core dbus-x11
     # packaging test
     desktop-file-utils
 )
