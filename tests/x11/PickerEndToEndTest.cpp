@@ -34,8 +34,9 @@ protected:
     // Rows, newest first: third, second, first.
     void start(const QByteArray &settings = {})
     {
-        if (!settings.isEmpty())
+        if (!settings.isEmpty()) {
             ASSERT_TRUE(zettly.writeSettings(settings));
+        }
         app = &zettly.start();
         ASSERT_TRUE(zettly.waitUntilRecording());
         for (const QString &text : { first, second, third }) {
@@ -126,10 +127,12 @@ TEST_F(PickerEndToEnd, PastesTheChosenEntryIntoTheWindowBefore)
         ASSERT_TRUE(openPanel());
         for (const QString &text : row.typed)
             ASSERT_TRUE(XDoTool::type(text));
-        if (!row.keys.isEmpty())
+        if (!row.keys.isEmpty()) {
             ASSERT_TRUE(XDoTool::key(row.keys));
-        if (row.clickedRow)
+        }
+        if (row.clickedRow) {
             ASSERT_TRUE(XDoTool::click(rowCenter(*row.clickedRow)));
+        }
         expected += row.pasted;
         EXPECT_TRUE(target.waitForText(expected)) << target.text().toStdString();
         EXPECT_TRUE(panelGone());
