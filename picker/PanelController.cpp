@@ -89,11 +89,14 @@ void PanelController::setClickMonitor(ClickMonitor *monitor)
 
 void PanelController::showNearCursor()
 {
+    // A panel fading out has handed the focus on, though Qt may not have
+    // said so yet: that late report must not hide this showing.
+    const bool wasFadingOut = m_fadeOut->state() == QAbstractAnimation::Running;
     // Stopping the fade-out keeps its end from hiding this showing.
     m_fadeOut->stop();
     m_fadeIn->stop();
     m_focusCheck->stop();
-    m_focusArrived = m_panel->isVisible() && QGuiApplication::focusWindow() == m_panel->windowHandle();
+    m_focusArrived = !wasFadingOut && m_panel->isVisible() && QGuiApplication::focusWindow() == m_panel->windowHandle();
 
     if (const std::optional<RunningApp> front = m_workspace.frontmostApp();
         front && front->identifier != Workspace::ownIdentifier)

@@ -119,7 +119,7 @@ protected:
         ASSERT_TRUE(clicks.isValid());
         controller.setClickMonitor(&clicks);
         X11Workspace(other.connection()).activate({ foreign, std::nullopt });
-        ASSERT_TRUE(QTest::qWaitFor([&] { return other.inputFocus() == foreign; }, patience));
+        ASSERT_TRUE(foreignInFront());
     }
 
     // The app never destroys a panel with the focus; here it would leave
@@ -140,6 +140,18 @@ protected:
         xcb_set_selection_owner(other.connection(), owner, other.atom("_NET_WM_CM_S0"), XCB_CURRENT_TIME);
         other.sync();
         ASSERT_TRUE(workspace.hasCompositor());
+    }
+
+    // Focused, and announced as the active window, which the window manager
+    // may do a moment later.
+    bool foreignInFront() const
+    {
+        return QTest::qWaitFor(
+            [&] {
+                return other.inputFocus() == foreign
+                    && workspace.frontmostApp().value_or(RunningApp {}).windowId == foreign;
+            },
+            patience);
     }
 
     xcb_window_t panelWindow() const { return xcb_window_t(controller.panel().winId()); }
@@ -281,7 +293,7 @@ TEST_F(PanelControllerTest, ClickOnAThirdWindowLeavesItActive)
 {
     const xcb_window_t third = other.createWindow("third", "Third", { 700, 500, 400, 200 });
     X11Workspace(other.connection()).activate({ foreign, std::nullopt });
-    ASSERT_TRUE(QTest::qWaitFor([&] { return other.inputFocus() == foreign; }, patience));
+    ASSERT_TRUE(foreignInFront());
     ASSERT_TRUE(showAt({ 100, 100 }));
     ASSERT_EQ(controller.previousApp(), (RunningApp { foreign, QStringLiteral("Foreign") }));
     ASSERT_TRUE(XDoTool::click(other.rootGeometry(third).center()));
