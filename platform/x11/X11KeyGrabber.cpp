@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "X11KeyGrabber.h"
 
+#include "X11Logging.h"
 #include "XcbReply.h"
 
 #include "HotKeyConfig.h"
@@ -20,7 +21,10 @@
 
 namespace {
 
-Q_LOGGING_CATEGORY(lcKeyGrabber, "zettly.x11", QtWarningMsg)
+const QLoggingCategory &lcKeyGrabber()
+{
+    return lcX11();
+}
 
 constexpr xcb_keysym_t numLockKeysym = 0xff7f;
 constexpr quint16 modifierBits = 0xff;
