@@ -10,6 +10,7 @@
 #include "X11ClickMonitor.h"
 #include "X11KeyGrabber.h"
 #include "X11Pasteboard.h"
+#include "X11PasteKeystroke.h"
 #include "X11Workspace.h"
 #include "XkbKeyLayout.h"
 
@@ -29,8 +30,13 @@ bool ZettlyAppDelegate::applicationDidFinishLaunching()
     m_workspace = std::make_unique<X11Workspace>();
     m_keyGrabber = std::make_unique<X11KeyGrabber>();
     m_clickMonitor = std::make_unique<X11ClickMonitor>();
+    // Without XTest it sends nothing, quietly: the entry stays on the
+    // clipboard for the user to paste.
+    m_pasteKeystroke = std::make_unique<X11PasteKeystroke>();
     m_core = std::make_unique<AppCore>(AppSettings::shared(), HistoryFolder::standardPath(),
-        PlatformServices { *m_pasteboard, *m_workspace, *m_keyGrabber, *m_clickMonitor }, UpdaterController::shared());
+        PlatformServices {
+            *m_pasteboard, *m_workspace, *m_keyGrabber, *m_clickMonitor, *m_workspace, *m_pasteKeystroke },
+        UpdaterController::shared());
     m_core->start();
     m_keyLayout = XkbKeyLayout::open();
     m_windowActivation = std::make_unique<WorkspaceWindowActivation>(*m_workspace);

@@ -27,7 +27,7 @@ test_packages=(
     # the update tests make a certificate for their local https server
     openssl
     # real-X tests
-    xvfb xauth x11-xkb-utils xkb-data openbox xdotool xclip x11-utils trayer
+    xvfb xauth x11-xkb-utils xkb-data openbox xdotool xclip x11-utils trayer lxterminal
     # the accessibility bus, read as a screen reader does
     python3-pyatspi at-spi2-core dbus-x11
     # packaging test
