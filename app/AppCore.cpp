@@ -29,7 +29,12 @@ AppCore::AppCore(AppSettings &settings, const QString &historyDir, PlatformServi
 {
 }
 
-AppCore::~AppCore() = default;
+AppCore::~AppCore()
+{
+    // The preferences window outlives the keystroke it was lent.
+    if (m_panelController)
+        SettingsWindow::shared().setPasteKeystroke(nullptr);
+}
 
 AppCore *AppCore::shared()
 {

@@ -18,7 +18,14 @@
 
 ZettlyAppDelegate::ZettlyAppDelegate() = default;
 
-ZettlyAppDelegate::~ZettlyAppDelegate() = default;
+ZettlyAppDelegate::~ZettlyAppDelegate()
+{
+    // The preferences window outlives the backends it was lent.
+    if (m_core) {
+        SettingsWindow::shared().setKeyLayout(nullptr);
+        SettingsWindow::shared().setWindowActivation(nullptr);
+    }
+}
 
 bool ZettlyAppDelegate::applicationDidFinishLaunching()
 {

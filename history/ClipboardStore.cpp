@@ -93,23 +93,25 @@ QString ClipboardStore::imagePath(const ClipItem &item) const
     return item.imageRelPath ? m_folder.imagePath(*item.imageRelPath) : QString();
 }
 
-void ClipboardStore::add(const ClipItem &item)
+std::optional<QUuid> ClipboardStore::add(const ClipItem &item)
 {
     const auto newestUnpinned
         = std::find_if(m_items.cbegin(), m_items.cend(), [](const ClipItem &entry) { return !entry.pinned; });
     if (newestUnpinned != m_items.cend() && isRepeat(*newestUnpinned, item))
-        return;
+        return newestUnpinned->id;
     // Dropping every unpinned entry would not make room for it.
     if (pinnedSize(m_items) + storedSize(item) > historyByteBudget)
-        return;
+        return std::nullopt;
 
     ClipItem stored = item;
     stored.id = QUuid::createUuid();
+    const QUuid id = stored.id;
     QList<ClipItem> items = m_items;
     items.prepend(std::move(stored));
     assignItems(std::move(items));
     enforceLimit();
     save();
+    return id;
 }
 
 void ClipboardStore::enforceLimit()

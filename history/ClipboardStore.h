@@ -8,6 +8,8 @@
 #include <QList>
 #include <QObject>
 
+#include <optional>
+
 class AppSettings;
 
 // The clipboard history: pinned entries first, then the others, newest first.
@@ -39,8 +41,10 @@ public:
     // Stores a capture under a fresh id at the top, unless it repeats the
     // newest unpinned entry (same kind, preview and full text), or it does
     // not fit beside the pinned entries within historyByteBudget: such a copy
-    // is not kept, and the history stays as it was.
-    void add(const ClipItem &item);
+    // is not kept, and the history stays as it was. Returns the id under
+    // which the copy is in the history (the new entry's, or the repeated
+    // one's), nothing when it was not kept.
+    std::optional<QUuid> add(const ClipItem &item);
     // Keeps the newest historyLimit unpinned entries (at least one) behind the
     // pinned ones, fewer when they would take the history past
     // historyByteBudget: the oldest go first. Pinned entries always stay.

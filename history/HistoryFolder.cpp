@@ -9,6 +9,8 @@
 #include <QLoggingCategory>
 #include <QStandardPaths>
 
+#include <cstring>
+
 Q_LOGGING_CATEGORY(lcHistory, "zettly.history", QtWarningMsg)
 
 HistoryFolder::HistoryFolder(const QString &dirPath)
@@ -39,6 +41,8 @@ QList<ClipItem> HistoryFolder::load()
         bytes.reserve(file.size() + HistoryCodec::readPadding);
         bytes.resize(file.size());
         const qint64 read = file.read(bytes.data(), bytes.size());
+        // The decoder reads the padding: never memory nobody wrote.
+        std::memset(bytes.data() + bytes.size(), 0, HistoryCodec::readPadding);
         if (read == bytes.size() && file.atEnd()) {
             if (auto items = HistoryCodec::decode(bytes))
                 return std::move(*items);

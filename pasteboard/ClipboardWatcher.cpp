@@ -92,13 +92,9 @@ void ClipboardWatcher::capture(qint64 change)
     auto clip = ClipCapture(m_pasteboard, m_store.imagesDirPath()).capture(sourceApp);
     if (!clip)
         return;
-    m_store.add(*clip);
-    // The entry now at the top of the unpinned ones: the new one, or the
-    // same one it repeated.
-    const QList<ClipItem> &items = m_store.items();
-    const auto top = std::find_if(items.cbegin(), items.cend(), [](const ClipItem &item) { return !item.pinned; });
-    if (top != items.cend())
-        m_recorded = Recorded { change, top->id };
+    // A copy the history turned down is never put back either.
+    if (const std::optional<QUuid> id = m_store.add(*clip))
+        m_recorded = Recorded { change, *id };
 }
 
 void ClipboardWatcher::restoreAfterOwnerQuit(qint64 change)

@@ -13,6 +13,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QPixmapCache>
+#include <QSet>
 
 #include <optional>
 
@@ -62,6 +63,10 @@ std::optional<QPixmap> thumbnail(const QString &path, qreal devicePixelRatio)
     QPixmap pixmap;
     if (QPixmapCache::find(key, &pixmap))
         return pixmap;
+    // A file that failed once fails again: not decoded at every repaint.
+    static QSet<QString> unreadable;
+    if (unreadable.contains(key))
+        return std::nullopt;
 
     QImageReader reader(path);
     const int side = qRound(leadingSlot * devicePixelRatio);
@@ -72,8 +77,10 @@ std::optional<QPixmap> thumbnail(const QString &path, qreal devicePixelRatio)
         reader.setScaledClipRect(QRect((filled.width() - side) / 2, (filled.height() - side) / 2, side, side));
     }
     QImage image = reader.read();
-    if (image.isNull())
+    if (image.isNull()) {
+        unreadable.insert(key);
         return std::nullopt;
+    }
     if (image.size() != QSize(side, side))
         image
             = image.scaled(side, side, Qt::KeepAspectRatioByExpanding, Qt::SmoothTransformation).copy(0, 0, side, side);

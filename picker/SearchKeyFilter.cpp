@@ -4,11 +4,21 @@
 #include "PanelState.h"
 
 #include <QKeyEvent>
+#include <QLineEdit>
 
 SearchKeyFilter::SearchKeyFilter(const PanelState &state, QObject *parent)
     : QObject(parent)
     , m_state(state)
 {
+}
+
+// Typed text reaches the query a turn later, and X delivers keys typed
+// quickly in one batch: a Backspace right after a letter must edit the field,
+// not delete an entry.
+bool SearchKeyFilter::isTyping(QObject *watched) const
+{
+    const auto *field = qobject_cast<const QLineEdit *>(watched);
+    return !m_state.query().isEmpty() || (field && !field->text().isEmpty());
 }
 
 bool SearchKeyFilter::eventFilter(QObject *watched, QEvent *event)
@@ -32,12 +42,12 @@ bool SearchKeyFilter::eventFilter(QObject *watched, QEvent *event)
         Q_EMIT upPressed();
         return true;
     case Qt::Key_Space:
-        if (!m_state.query().isEmpty())
+        if (isTyping(watched))
             break;
         Q_EMIT spacePressed();
         return true;
     case Qt::Key_Backspace:
-        if (!m_state.query().isEmpty())
+        if (isTyping(watched))
             break;
         Q_EMIT backspacePressed();
         return true;

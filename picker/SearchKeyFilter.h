@@ -29,5 +29,8 @@ Q_SIGNALS:
     void backspacePressed();
 
 private:
+    // The query, or the field's text not yet in it, holds something.
+    bool isTyping(QObject *watched) const;
+
     const PanelState &m_state;
 };

@@ -44,6 +44,9 @@ GeneralTab::GeneralTab(AppSettings &settings, ClipboardStore &store, const Paste
     PreferenceStyle::makeSecondary(m_historyLimitText);
     m_historyLimit->setRange(20, 2000);
     m_historyLimit->setSingleStep(20);
+    // Typing "200" must not pass through a limit of 20 that the next copy
+    // would trim the history to: the value counts once typing is done.
+    m_historyLimit->setKeyboardTracking(false);
     m_historyLimit->setAccessibleName(limitLabel->text());
     limitRow->addWidget(limitLabel);
     limitRow->addWidget(m_historyLimitText);

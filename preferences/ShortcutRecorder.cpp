@@ -7,6 +7,7 @@
 
 #include <QApplication>
 #include <QKeyEvent>
+#include <QWidget>
 
 namespace {
 
@@ -36,6 +37,11 @@ bool isModifierKey(int key)
 }
 
 } // namespace
+
+ShortcutRecorder::ShortcutRecorder(const QWidget *scope)
+    : m_scope(scope)
+{
+}
 
 ShortcutRecorder::~ShortcutRecorder()
 {
@@ -78,6 +84,10 @@ std::optional<HotKeyConfig> ShortcutRecorder::shortcutOf(const QKeyEvent &event)
 
 bool ShortcutRecorder::eventFilter(QObject *watched, QEvent *event)
 {
+    // Keys typed elsewhere meanwhile (the picker, say) are theirs.
+    const auto *target = qobject_cast<const QWidget *>(watched);
+    if (!target || !m_scope || target->window() != m_scope->window())
+        return QObject::eventFilter(watched, event);
     // Accepting the override keeps window and button shortcuts from taking
     // the key: it comes back as a plain key press.
     if (event->type() == QEvent::ShortcutOverride) {

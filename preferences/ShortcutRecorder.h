@@ -8,8 +8,9 @@
 
 class GlobalHotKey;
 class QKeyEvent;
+class QWidget;
 
-// Takes the next key press made in any of our windows as a new shortcut.
+// Takes the next key press made in the preferences window as a new shortcut.
 // The key is read by its physical position, so that the stored shortcut
 // names the same key whatever the layout; Super counts as Command and Alt
 // as Option. Escape cancels. Modifier keys alone are let through: they only
@@ -18,7 +19,8 @@ class ShortcutRecorder : public QObject {
     Q_OBJECT
 
 public:
-    using QObject::QObject;
+    // Records only keys pressed in scope's window.
+    explicit ShortcutRecorder(const QWidget *scope);
     ~ShortcutRecorder() override;
 
     bool isRecording() const { return m_recording; }
@@ -40,6 +42,7 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    QPointer<const QWidget> m_scope;
     bool m_recording = false;
     QPointer<GlobalHotKey> m_suspendedHotKey;
 };

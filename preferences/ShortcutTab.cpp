@@ -22,6 +22,7 @@ ShortcutTab::ShortcutTab(AppSettings &settings, const KeyLayout *layout, QWidget
     : QWidget(parent)
     , m_settings(settings)
     , m_layout(layout)
+    , m_recorder(this)
     , m_shortcut(new QLabel)
     , m_recordButton(new QPushButton)
     , m_resetButton(new QPushButton(QStringLiteral("Réinitialiser (⌃⌘V)")))

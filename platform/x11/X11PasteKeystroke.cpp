@@ -100,6 +100,10 @@ void X11PasteKeystroke::sendWhenModifiersUp()
     m_poll->stop();
     const PasteShortcut shortcut = *m_pending;
     m_pending.reset();
+    // Still held at the deadline: our keys would make another shortcut with
+    // the user's. The entry stays on the clipboard for a paste by hand.
+    if (userHoldsModifier())
+        return;
     send(shortcut);
 }
 
@@ -121,6 +125,9 @@ bool X11PasteKeystroke::userHoldsModifier() const
 void X11PasteKeystroke::send(PasteShortcut shortcut)
 {
     const QList<QList<xcb_keycode_t>> modifiers = modifierKeys(m_connection);
+    // Without a Control key, a bare "v" would be typed into the window.
+    if (modifiers.at(controlRow).isEmpty())
+        return;
     QList<xcb_keycode_t> held;
     const auto hold = [&](int row) {
         if (!modifiers.at(row).isEmpty())

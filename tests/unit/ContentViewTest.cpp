@@ -89,6 +89,8 @@ TEST_F(ContentViewTest, KeysActWhateverTheModifiers)
             { u"beta"_s, u"gamma"_s }, {}, {} },
         { "space and backspace edit a query", u"a"_s, { { Qt::Key_Space }, { Qt::Key_Backspace } }, 0, all, u"a"_s,
             {} },
+        { "backspace right after a letter edits the field", {}, { { Qt::Key_A }, { Qt::Key_Backspace } }, 0, all, {},
+            {} },
         { "typing puts the selection back on the first row", {}, { { Qt::Key_Down }, { Qt::Key_A } }, 0, all, u"a"_s,
             {} },
         { "the query narrows what return pastes", u"mm"_s, { { Qt::Key_Return } }, 0, all, u"mm"_s,
