@@ -4,11 +4,13 @@
 #include "AppCore.h"
 #include "AppSettings.h"
 #include "HistoryFolder.h"
+#include "PanelController.h"
+#include "Pasteboard.h"
+#include "SessionPasteboard.h"
 #include "SettingsWindow.h"
 #include "WorkspaceWindowActivation.h"
 #include "X11ClickMonitor.h"
 #include "X11KeyGrabber.h"
-#include "X11Pasteboard.h"
 #include "X11Workspace.h"
 #include "XkbKeyLayout.h"
 
@@ -24,13 +26,16 @@ bool ZettlyAppDelegate::applicationDidFinishLaunching()
     // happen under the running copy's feet.
     if (!m_instanceLock.tryLock())
         return false;
-    m_pasteboard = std::make_unique<X11Pasteboard>();
+    m_pasteboard = openSessionPasteboard(AppSettings::shared());
     m_workspace = std::make_unique<X11Workspace>();
     m_keyGrabber = std::make_unique<X11KeyGrabber>();
     m_clickMonitor = std::make_unique<X11ClickMonitor>();
     m_core = std::make_unique<AppCore>(AppSettings::shared(), HistoryFolder::standardPath(),
         PlatformServices { *m_pasteboard, *m_workspace, *m_keyGrabber, *m_clickMonitor });
     m_core->start();
+    QObject::connect(&m_channel, &InstanceChannel::commandReceived, &m_channel,
+        [this](InstanceChannel::Command command) { onCommandReceived(command); });
+    m_channel.listen();
     m_keyLayout = XkbKeyLayout::open();
     m_windowActivation = std::make_unique<WorkspaceWindowActivation>(*m_workspace);
     SettingsWindow::shared().setKeyLayout(m_keyLayout.get());
@@ -39,4 +44,17 @@ bool ZettlyAppDelegate::applicationDidFinishLaunching()
     // the allocator kept back to the system, as Zettly then idles for hours.
     malloc_trim(0);
     return true;
+}
+
+void ZettlyAppDelegate::onCommandReceived(InstanceChannel::Command command)
+{
+    PanelController *panel = m_core->panelController();
+    const bool show = command == InstanceChannel::Command::Show
+        || (command == InstanceChannel::Command::Toggle && !panel->isShown());
+    if (show == panel->isShown())
+        return;
+    if (show)
+        panel->showNearCursor();
+    else
+        panel->hide();
 }

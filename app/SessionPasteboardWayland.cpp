@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "SessionPasteboard.h"
+
+#include "AppSettings.h"
+#include "WaylandPasteboard.h"
+#include "X11Pasteboard.h"
+
+#include <QLoggingCategory>
+
+#include <cstdio>
+
+std::unique_ptr<Pasteboard> openSessionPasteboard(AppSettings &settings)
+{
+    if (std::unique_ptr<WaylandPasteboard> wayland = WaylandPasteboard::open()) {
+        qCInfo(QLoggingCategory("zettly.wayland")) << "Clipboard watched through" << wayland->protocolName();
+        WaylandPasteboard *pasteboard = wayland.get();
+        pasteboard->setSkipsSecretData(settings.ignoreSecretApps());
+        QObject::connect(&settings, &AppSettings::changed, pasteboard,
+            [pasteboard, &settings] { pasteboard->setSkipsSecretData(settings.ignoreSecretApps()); });
+        return wayland;
+    }
+    if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+        std::fputs("zettly : ce compositeur Wayland ne laisse pas lire le presse-papiers (pas de data-control) ; "
+                   "seules les copies faites dans des fenêtres X11 seront enregistrées.\n",
+            stderr);
+    return std::make_unique<X11Pasteboard>();
+}
