@@ -5,14 +5,11 @@
 #include "WaylandPasteboard.h"
 #include "X11Pasteboard.h"
 
-#include <QLoggingCategory>
-
 #include <cstdio>
 
 std::unique_ptr<Pasteboard> openSessionPasteboard(AppSettings &settings)
 {
     if (std::unique_ptr<WaylandPasteboard> wayland = WaylandPasteboard::open()) {
-        qCInfo(QLoggingCategory("zettly.wayland")) << "Clipboard watched through" << wayland->protocolName();
         WaylandPasteboard *pasteboard = wayland.get();
         pasteboard->setSkipsSecretData(settings.ignoreSecretApps());
         QObject::connect(&settings, &AppSettings::changed, pasteboard,

@@ -12,10 +12,14 @@ packages=(
     libgl-dev libx11-dev libx11-xcb-dev libxcb1-dev libxcb-xkb-dev libxcb-xtest0-dev libxcb-damage0-dev
     libxcb-xfixes0-dev libxcb-xinput-dev libxtst-dev libxkbcommon-dev libxkbcommon-x11-dev libicu-dev
     adwaita-icon-theme
+    # the Wayland clipboard (the wlr data-control protocol file comes with the Rust crate's package)
+    libwayland-dev librust-wayland-protocols-dev qt6-wayland
     # tests, benchmarks, fuzzing
     libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev
     # real-X tests
     xvfb xauth x11-xkb-utils xkb-data openbox xdotool xclip x11-utils trayer
+    # Wayland tests: a headless sway with XWayland, and native clients
+    sway xwayland wl-clipboard foot wtype
     # the accessibility bus, read as a screen reader does
     python3-pyatspi at-spi2-core dbus-x11
     # packaging test
