@@ -179,6 +179,27 @@ void PanelProbe::idle(std::chrono::milliseconds duration)
     pump(Clock::now() + duration, [] { return false; });
 }
 
+std::optional<PanelProbe::Clock::duration> PanelProbe::type(quint8 keyCode, std::chrono::milliseconds keepWatching)
+{
+    pump(Clock::now(), [] { return false; });
+    m_sample = Sample { .pressedAt = pressKey(keyCode), .panelMapSeen = true, .exposed = true };
+    pump(m_sample->pressedAt + keepWatching, [] { return false; });
+    const Sample sample = *m_sample;
+    m_sample.reset();
+    if (!sample.lastPaintedAt)
+        return std::nullopt;
+    return *sample.lastPaintedAt - sample.pressedAt;
+}
+
+PanelProbe::Clock::time_point PanelProbe::pressKey(quint8 keyCode)
+{
+    xcb_test_fake_input(m_connection, XCB_KEY_PRESS, keyCode, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+    xcb_test_fake_input(m_connection, XCB_KEY_RELEASE, keyCode, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+    const Clock::time_point pressedAt = Clock::now();
+    xcb_flush(m_connection);
+    return pressedAt;
+}
+
 PanelProbe::Clock::time_point PanelProbe::pressShortcut()
 {
     const struct {

@@ -60,6 +60,9 @@ public:
     bool hide(std::chrono::milliseconds timeout);
     // Follows the X events for a while, between presses.
     void idle(std::chrono::milliseconds duration);
+    // Types one key (an X key code) into the shown panel; the time from the
+    // press to the panel's last drawing within keepWatching, if it drew.
+    std::optional<Clock::duration> type(quint8 keyCode, std::chrono::milliseconds keepWatching);
 
 private:
     struct Sample {
@@ -80,6 +83,7 @@ private:
     bool connectToServer();
     bool findKeyCodes();
     Clock::time_point pressShortcut();
+    Clock::time_point pressKey(quint8 keyCode);
     // Handles events until done() or the deadline; false at the deadline.
     bool pump(Clock::time_point deadline, const std::function<bool()> &done);
     void dispatch(const void *event, Clock::time_point now);

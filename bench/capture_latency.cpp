@@ -4,11 +4,15 @@
 // delay before the next copy is recorded. Reports figures, asserts nothing.
 //
 //   capture_latency [--history N] [--copies N] [--frozen N] [--app /path/to/zettly]
+//   capture_latency --big MiB --app /path/to/zettly
 //
 // Without --app, the app's objects run in this process on temporary folders,
 // and a heartbeat on the main thread measures its stalls. With --app, the real
 // executable runs on temporary folders; only delays and its memory are
-// measured. Run it through tests/x11/with-xvfb.sh: it takes the clipboard.
+// measured. With --big, one text of that many MiB is copied (in INCR chunks,
+// as toolkits send it) once the app records: the delay to clips.json and the
+// app's peak resident memory (VmHWM) before and after are printed. Run it
+// through tests/x11/with-xvfb.sh: it takes the clipboard.
 #include "AppSettings.h"
 #include "ClipboardStore.h"
 #include "ClipboardWatcher.h"
@@ -54,6 +58,7 @@ constexpr auto frozenSettle = 700ms;
 
 struct Options {
     qint64 history = 0;
+    qint64 bigMiB = 0;
     int copies = 20;
     int frozenRuns = 5;
     QString appPath;
@@ -83,8 +88,8 @@ double milliseconds(Clock::duration duration)
 
 std::optional<Options> parseOptions(int argc, char *argv[])
 {
-    const auto line = MeasureSupport::parseCommandLine(
-        argc, argv, { QStringLiteral("history"), QStringLiteral("copies"), QStringLiteral("frozen") });
+    const auto line = MeasureSupport::parseCommandLine(argc, argv,
+        { QStringLiteral("history"), QStringLiteral("copies"), QStringLiteral("frozen"), QStringLiteral("big") });
     if (!line || line->counts.value(QStringLiteral("copies"), 1) == 0)
         return std::nullopt;
     Options options;
@@ -92,6 +97,9 @@ std::optional<Options> parseOptions(int argc, char *argv[])
     options.history = line->counts.value(QStringLiteral("history"), options.history);
     options.copies = int(line->counts.value(QStringLiteral("copies"), options.copies));
     options.frozenRuns = int(line->counts.value(QStringLiteral("frozen"), options.frozenRuns));
+    options.bigMiB = line->counts.value(QStringLiteral("big"), 0);
+    if (options.bigMiB > 0 && options.appPath.isEmpty())
+        return std::nullopt;
     return options;
 }
 
@@ -179,6 +187,66 @@ std::optional<double> copy(CopySession &session, bool afterFrozenOwner)
     return milliseconds(*landed - start);
 }
 
+void printLine(const QString &line)
+{
+    std::printf("%s\n", line.toUtf8().constData());
+}
+
+// A line of a /proc/<pid>/status, such as VmHWM, in KiB.
+std::optional<qint64> statusKiB(qint64 pid, const QByteArray &name)
+{
+    QFile status(QStringLiteral("/proc/%1/status").arg(pid));
+    if (!status.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    for (const QByteArray &line : status.readAll().split('\n')) {
+        if (line.startsWith(QByteArray(name + ':')))
+            return line.mid(name.size() + 1).trimmed().split(' ').value(0).toLongLong();
+    }
+    return std::nullopt;
+}
+
+// A text of about that many MiB, lines of a log with a few accents, that
+// starts with a mark of its own.
+QString bigText(qint64 mebibytes, int mark)
+{
+    const qint64 bytes = mebibytes * 1024 * 1024;
+    QByteArray utf8 = "grande copie n° " + QByteArray::number(mark) + '\n';
+    utf8.reserve(bytes + 100);
+    for (qint64 line = 0; utf8.size() < bytes; ++line)
+        utf8 += "2026-11-24 10:" + QByteArray::number(line % 60) + " ligne " + QByteArray::number(line)
+            + " : état du journal, rien à signaler\n";
+    return QString::fromUtf8(utf8);
+}
+
+// One big copy once the app records: its delay to clips.json, and the app's
+// peak memory before and after.
+void measureBigCopy(CopySession &session, qint64 pid)
+{
+    if (!waitUntilRecording(session))
+        return;
+    const std::optional<qint64> peakBefore = statusKiB(pid, "VmHWM");
+    const QString text = bigText(session.options.bigMiB, ++session.sequence);
+    const QByteArray utf8 = text.toUtf8();
+    session.watch.drain();
+    auto owner = std::make_unique<TestSelectionOwner>(
+        QList<TestSelectionOwner::Target> { { "UTF8_STRING", utf8 }, { "text/plain;charset=utf-8", utf8 } });
+    const Clock::time_point start = owner->ownershipRequestedAt();
+    const std::optional<Clock::time_point> landed = session.watch.waitForNewest(text, 20s);
+    const std::optional<qint64> peakAfter = statusKiB(pid, "VmHWM");
+    const std::optional<qint64> rssAfter = statusKiB(pid, "VmRSS");
+    printLine(
+        QStringLiteral("one copy of %1 MiB of text (%2 bytes of UTF-8)").arg(session.options.bigMiB).arg(utf8.size()));
+    if (landed)
+        printLine(QStringLiteral("  copy to clips.json: ") + MeasureSupport::figure(milliseconds(*landed - start)));
+    else
+        printLine(QStringLiteral("  LOST: not in clips.json after 20 s"));
+    printLine(QStringLiteral("  zettly peak RSS (VmHWM): before %1 MiB, after %2 MiB; RSS after %3 MiB")
+                  .arg(double(peakBefore.value_or(0)) / 1024, 0, 'f', 1)
+                  .arg(double(peakAfter.value_or(0)) / 1024, 0, 'f', 1)
+                  .arg(double(rssAfter.value_or(0)) / 1024, 0, 'f', 1));
+    session.results.lostCopies = landed ? 0 : 1;
+}
+
 void measure(CopySession &session)
 {
     Results &results = session.results;
@@ -210,11 +278,6 @@ void measure(CopySession &session)
         if (const std::optional<double> stall = takeStall(session))
             results.frozenStallMs.append(*stall);
     }
-}
-
-void printLine(const QString &line)
-{
-    std::printf("%s\n", line.toUtf8().constData());
 }
 
 void printSpread(const QString &what, const QList<double> &values, int lost = 0)
@@ -353,6 +416,11 @@ int runApp(int argc, char *argv[], const Options &options)
     Results results;
     std::thread copier([&] {
         CopySession session { watch, nullptr, options, results, std::mt19937(1), 0, nullptr };
+        if (options.bigMiB > 0) {
+            measureBigCopy(session, pid);
+            QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+            return;
+        }
         measure(session);
         results.pssKiB = MeasureSupport::smapsKiB(pid, "Pss");
         results.rssKiB = MeasureSupport::smapsKiB(pid, "Rss");
@@ -364,6 +432,8 @@ int runApp(int argc, char *argv[], const Options &options)
     zettly.terminate();
     if (!zettly.waitForFinished(5000))
         zettly.kill();
+    if (options.bigMiB > 0)
+        return results.firstCopyMs && results.lostCopies == 0 ? 0 : 1;
     printResults(options, results);
     return succeeded(results) ? 0 : 1;
 }
@@ -374,7 +444,10 @@ int main(int argc, char *argv[])
 {
     const std::optional<Options> options = parseOptions(argc, argv);
     if (!options) {
-        std::fprintf(stderr, "usage: %s [--history N] [--copies N] [--frozen N] [--app /path/to/zettly]\n", argv[0]);
+        std::fprintf(stderr,
+            "usage: %s [--history N] [--copies N] [--frozen N] [--app /path/to/zettly]\n"
+            "       %s --big MiB --app /path/to/zettly\n",
+            argv[0], argv[0]);
         return 2;
     }
     // It takes the clipboard dozens of times: never on someone's desktop.

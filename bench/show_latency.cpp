@@ -44,6 +44,13 @@ constexpr std::chrono::milliseconds shownFor = 150ms;
 // Between a hide and the next show: the window manager withdraws the panel
 // after it is unmapped.
 constexpr std::chrono::milliseconds hiddenFor = 150ms;
+// Drawings later than this after a typed key are not part of it.
+constexpr std::chrono::milliseconds typedFor = 120ms;
+// X key codes (evdev + 8) of 1, 2, 3 and Backspace: the filler history's
+// entries are numbered, so each digit narrows the list, each Backspace
+// widens it again.
+constexpr quint8 digitKeys[] = { 10, 11, 12 };
+constexpr quint8 backspaceKey = 22;
 // Without a CPU tick for this long, zettly waits in its event loop.
 constexpr std::chrono::milliseconds quietPeriod = 300ms;
 
@@ -205,6 +212,28 @@ Samples measure(PanelProbe &probe, int presses)
     return samples;
 }
 
+// Shows the panel, types "123" then erases it, a few times: the time from
+// each key to the list drawn anew.
+QList<double> measureTyping(PanelProbe &probe, int rounds)
+{
+    QList<double> samples;
+    for (int round = 0; round < rounds; ++round) {
+        const PanelProbe::Show shown = probe.show(answerTimeout, shownFor);
+        if (!shown.painted)
+            break;
+        QList<quint8> keys(std::begin(digitKeys), std::end(digitKeys));
+        keys += QList<quint8>(std::size(digitKeys), backspaceKey);
+        for (const quint8 key : std::as_const(keys)) {
+            if (const std::optional<Clock::duration> drawn = probe.type(key, typedFor))
+                samples.append(milliseconds(*drawn));
+        }
+        if (probe.isPanelShown())
+            probe.hide(answerTimeout);
+        probe.idle(hiddenFor);
+    }
+    return samples;
+}
+
 // Xvfb sessions have no runtime folder; zettly also keeps its one-copy lock
 // there, so it gets one of its own.
 QProcessEnvironment zettlyEnvironment(const QTemporaryDir &home)
@@ -289,6 +318,7 @@ int run(const Options &options)
             printSpread(QStringLiteral("press to last drawing while shown"), samples.lastPainted, options.presses);
             if (!samples.complete)
                 status = 1;
+            printSpread(QStringLiteral("typed key to last drawing"), measureTyping(probe, 5), 30);
 
             if (probe.isPanelShown())
                 probe.hide(answerTimeout);

@@ -7,7 +7,9 @@ qint64 CaptureLimits::maxBytes(const QString &mimeType)
 {
     if (mimeType == PasteboardTypes::string)
         return maxTextBytes;
-    if (mimeType == PasteboardTypes::uriList)
+    // A browser's link offered alone is a short text.
+    if (mimeType == PasteboardTypes::uriList || mimeType == PasteboardTypes::copiedFiles
+        || mimeType == PasteboardTypes::mozUrl)
         return maxUriListBytes;
     if (mimeType == PasteboardTypes::png || mimeType == PasteboardTypes::tiff)
         return maxImageBytes;

@@ -9,9 +9,9 @@
 // something the user never copied.
 namespace CaptureLimits {
 
-// Each text or link, in UTF-8 bytes. Every change rewrites the history file,
-// so one huge text would slow every later save.
-constexpr qint64 maxTextBytes = 16 * 1024 * 1024;
+// Each text or link, in UTF-8 bytes: room for a log file or a data dump; the
+// history's own bound keeps such copies from piling up.
+constexpr qint64 maxTextBytes = 64 * 1024 * 1024;
 // A list of copied files, in bytes of its text/uri-list.
 constexpr qint64 maxUriListBytes = 8 * 1024 * 1024;
 // The encoded bytes of one PNG or TIFF picture.

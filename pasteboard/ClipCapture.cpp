@@ -2,7 +2,8 @@
 #include "ClipCapture.h"
 
 #include "CaptureLimits.h"
-#include "ImageHeader.h"
+#include "ImageDecoder.h"
+#include "LargeData.h"
 #include "Pasteboard.h"
 #include "PasteboardTypes.h"
 #include "TextPreview.h"
@@ -81,7 +82,8 @@ std::optional<ClipItem> ClipCapture::png() const
     const auto bytes = m_pasteboard.data(PasteboardTypes::png);
     if (!bytes)
         return std::nullopt;
-    const auto size = ImageHeader::size(*bytes, "png");
+    // A header alone is no picture: a broken one gives way to the TIFF.
+    const auto size = ImageDecoder::decodedSize(*bytes, "png");
     if (!size)
         return std::nullopt;
     // Stored as it came: re-encoding would cost time and could change it.
@@ -93,7 +95,7 @@ std::optional<ClipItem> ClipCapture::tiff() const
     const auto bytes = m_pasteboard.data(PasteboardTypes::tiff);
     if (!bytes)
         return std::nullopt;
-    const auto image = ImageHeader::decode(*bytes, "tiff");
+    const auto image = ImageDecoder::decode(*bytes, "tiff");
     if (!image)
         return std::nullopt;
     QByteArray pngBytes;
@@ -108,18 +110,21 @@ std::optional<ClipItem> ClipCapture::link() const
 {
     auto string = m_pasteboard.string(PasteboardTypes::uriList);
     if (!string)
-        string = m_pasteboard.string(PasteboardTypes::string);
-    if (!string || !string->startsWith(QStringLiteral("http"), Qt::CaseInsensitive))
-        return std::nullopt;
-    // The bound counts UTF-8 bytes, as for text: accented letters take fewer
-    // UTF-16 code units than bytes.
-    if (string->toUtf8().size() > CaptureLimits::maxTextBytes)
+        string = m_pasteboard.string(PasteboardTypes::mozUrl);
+    if (!string) {
+        // Tested before decoding: a long text is seldom a link.
+        const auto bytes = m_pasteboard.data(PasteboardTypes::string);
+        if (!bytes || bytes->left(4).toLower() != "http" || bytes->size() > CaptureLimits::maxTextBytes)
+            return std::nullopt;
+        string = LargeData::fromUtf8(*bytes);
+    }
+    if (!string->startsWith(QStringLiteral("http"), Qt::CaseInsensitive))
         return std::nullopt;
     // QUrl accepts nearly any text; the scheme test above is what decides.
     if (!QUrl(*string).isValid())
         return std::nullopt;
     ClipItem clip = makeClip(ClipKind::Url, TextPreview::cut(*string));
-    clip.fullText = *string;
+    clip.fullText = std::move(*string);
     return clip;
 }
 
@@ -128,13 +133,9 @@ std::optional<ClipItem> ClipCapture::text() const
     const auto bytes = m_pasteboard.data(PasteboardTypes::string);
     if (!bytes || bytes->isEmpty() || bytes->size() > CaptureLimits::maxTextBytes)
         return std::nullopt;
-    const QString string = QString::fromUtf8(*bytes);
-    // Line feeds go before the cut: a CR LF pair is one character, a CR and a
-    // space are two.
-    QString oneLine = string;
-    oneLine.replace(u'\n', u' ');
-    ClipItem clip = makeClip(ClipKind::Text, TextPreview::cut(oneLine));
-    clip.fullText = string;
+    ClipItem clip = makeClip(ClipKind::Text, {});
+    clip.fullText = LargeData::fromUtf8(*bytes);
+    clip.preview = TextPreview::cutOneLine(*clip.fullText);
     return clip;
 }
 

@@ -5,11 +5,13 @@
 #include "ClipboardStore.h"
 #include "ClipCapture.h"
 #include "PasswordManagers.h"
+#include "Paste.h"
 #include "Pasteboard.h"
-#include "PasteboardTypes.h"
 #include "Workspace.h"
 
 #include <QTimer>
+
+#include <algorithm>
 
 ClipboardWatcher::ClipboardWatcher(Pasteboard &pasteboard, const Workspace &workspace, ClipboardStore &store,
     const AppSettings &settings, QObject *parent)
@@ -20,6 +22,12 @@ ClipboardWatcher::ClipboardWatcher(Pasteboard &pasteboard, const Workspace &work
     , m_settings(settings)
     , m_lastChange(pasteboard.changeCount())
 {
+    m_pasteboard.setReadScope([this] { return readScope(); });
+}
+
+ClipboardWatcher::~ClipboardWatcher()
+{
+    m_pasteboard.setReadScope({});
 }
 
 void ClipboardWatcher::start()
@@ -43,35 +51,70 @@ void ClipboardWatcher::tick()
         return;
     // Looked at once, whatever comes of it.
     m_lastChange = change;
+    handle(change);
+    // What is recorded lives in the history; nothing else should linger.
+    m_pasteboard.releaseData();
+}
 
+void ClipboardWatcher::handle(qint64 change)
+{
     if (m_ownWriteCount) {
         const qint64 own = *std::exchange(m_ownWriteCount, std::nullopt);
         if (change == own)
             return;
     }
-    if (m_settings.ignoreSecretApps() && isSecret())
+    if (m_pasteboard.ownerQuit()) {
+        restoreAfterOwnerQuit(change);
         return;
-    capture();
+    }
+    if (m_settings.ignoreSecretApps() && (m_pasteboard.isMarkedSecret() || isPasswordManagerInFront()))
+        return;
+    capture(change);
 }
 
-bool ClipboardWatcher::isSecret() const
+ReadScope ClipboardWatcher::readScope() const
 {
-    const QStringList types = m_pasteboard.types();
-    if (types.contains(PasteboardTypes::concealed) || types.contains(PasteboardTypes::transient))
-        return true;
-    // A hint that could not be read is taken for a secret: better a password
-    // missing from the history than one kept in it.
-    if (types.contains(PasteboardTypes::passwordManagerHint)
-        && m_pasteboard.data(PasteboardTypes::passwordManagerHint).value_or("secret").trimmed() == "secret")
-        return true;
+    if (!m_settings.ignoreSecretApps())
+        return ReadScope::Everything;
+    return isPasswordManagerInFront() ? ReadScope::TypesOnly : ReadScope::UnlessMarkedSecret;
+}
+
+bool ClipboardWatcher::isPasswordManagerInFront() const
+{
     const auto front = m_workspace.frontmostApp();
     return front && front->identifier && PasswordManagers::identifiers().contains(*front->identifier);
 }
 
-void ClipboardWatcher::capture()
+void ClipboardWatcher::capture(qint64 change)
 {
     const auto front = m_workspace.frontmostApp();
     const std::optional<QString> sourceApp = front ? front->identifier : std::nullopt;
-    if (auto clip = ClipCapture(m_pasteboard, m_store.imagesDirPath()).capture(sourceApp))
-        m_store.add(*clip);
+    auto clip = ClipCapture(m_pasteboard, m_store.imagesDirPath()).capture(sourceApp);
+    if (!clip)
+        return;
+    m_store.add(*clip);
+    // The entry now at the top of the unpinned ones: the new one, or the
+    // same one it repeated.
+    const QList<ClipItem> &items = m_store.items();
+    const auto top = std::find_if(items.cbegin(), items.cend(), [](const ClipItem &item) { return !item.pinned; });
+    if (top != items.cend())
+        m_recorded = Recorded { change, top->id };
+}
+
+void ClipboardWatcher::restoreAfterOwnerQuit(qint64 change)
+{
+    // Only what the clipboard held right before, and only if it was recorded:
+    // a secret or a skipped copy is never brought back.
+    const auto recorded = std::exchange(m_recorded, std::nullopt);
+    if (!recorded || recorded->change != change - 1)
+        return;
+    const QList<ClipItem> &items = m_store.items();
+    const auto entry
+        = std::find_if(items.cbegin(), items.cend(), [&](const ClipItem &item) { return item.id == recorded->id; });
+    // Removed from the history meanwhile.
+    if (entry == items.cend())
+        return;
+    const ClipItem item = *entry;
+    // Never over another program's copy, however recent.
+    m_pasteboard.writeIfUnowned([&] { Paste::putOnPasteboard(item, m_store, *this); });
 }

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "ClipboardSnapshot.h"
+
 #include <QObject>
+#include <QUuid>
 
 #include <chrono>
 #include <optional>
@@ -15,7 +18,9 @@ class Workspace;
 // Records each change of the clipboard in the history, except our own writes
 // and, while the privacy switch is on, secrets: data its writer marked
 // concealed or transient, and copies made while a password manager is in
-// front.
+// front. The bytes of a secret are not even read. When the program whose copy
+// was recorded last quits, taking its copy with it, the entry goes back on
+// the clipboard.
 class ClipboardWatcher : public QObject {
     Q_OBJECT
 
@@ -26,6 +31,7 @@ public:
     // What the clipboard holds now is never recorded: only later changes.
     ClipboardWatcher(Pasteboard &pasteboard, const Workspace &workspace, ClipboardStore &store,
         const AppSettings &settings, QObject *parent = nullptr);
+    ~ClipboardWatcher() override;
 
     // Starts, or restarts, watching.
     void start();
@@ -37,9 +43,18 @@ public:
     void setOwnWriteCount(std::optional<qint64> count) { m_ownWriteCount = count; }
 
 private:
+    // A change recorded as the entry with this id.
+    struct Recorded {
+        qint64 change;
+        QUuid id;
+    };
+
     void tick();
-    bool isSecret() const;
-    void capture();
+    void handle(qint64 change);
+    ReadScope readScope() const;
+    bool isPasswordManagerInFront() const;
+    void capture(qint64 change);
+    void restoreAfterOwnerQuit(qint64 change);
 
     Pasteboard &m_pasteboard;
     const Workspace &m_workspace;
@@ -47,5 +62,6 @@ private:
     const AppSettings &m_settings;
     qint64 m_lastChange;
     std::optional<qint64> m_ownWriteCount;
+    std::optional<Recorded> m_recorded;
     QTimer *m_timer = nullptr;
 };

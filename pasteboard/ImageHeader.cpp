@@ -6,16 +6,6 @@
 #include <QBuffer>
 #include <QImageReader>
 
-namespace {
-
-bool withinBounds(QSize size)
-{
-    return size.isValid() && !size.isEmpty() && size.width() <= CaptureLimits::maxImageSide
-        && size.height() <= CaptureLimits::maxImageSide;
-}
-
-} // namespace
-
 std::optional<QSize> ImageHeader::size(const QByteArray &bytes, const char *format)
 {
     if (bytes.size() > CaptureLimits::maxImageBytes)
@@ -28,17 +18,8 @@ std::optional<QSize> ImageHeader::size(const QByteArray &bytes, const char *form
     if (!reader.canRead())
         return std::nullopt;
     const QSize size = reader.size();
-    if (!withinBounds(size))
+    if (!size.isValid() || size.isEmpty() || size.width() > CaptureLimits::maxImageSide
+        || size.height() > CaptureLimits::maxImageSide)
         return std::nullopt;
     return size;
-}
-
-std::optional<QImage> ImageHeader::decode(const QByteArray &bytes, const char *format)
-{
-    if (!size(bytes, format))
-        return std::nullopt;
-    QImage image;
-    if (!image.loadFromData(bytes, format) || image.isNull())
-        return std::nullopt;
-    return image;
 }

@@ -2,20 +2,16 @@
 #pragma once
 
 #include <QByteArray>
-#include <QImage>
 #include <QSize>
 
 #include <optional>
 
-// What capture needs to know of copied picture bytes, without decoding more
-// than it must.
+// The size of copied picture bytes, read from their header alone.
 namespace ImageHeader {
 
-// The picture's size as its header states it, when the bytes are a picture in
-// that format within the capture bounds. Reads the header only.
+// The picture's size as its header states it, when the bytes start as a
+// picture in that format within the capture bounds. The rest of the bytes is
+// not looked at: see ImageDecoder for that.
 std::optional<QSize> size(const QByteArray &bytes, const char *format);
-
-// Decodes the whole picture, within the capture bounds.
-std::optional<QImage> decode(const QByteArray &bytes, const char *format);
 
 } // namespace ImageHeader

@@ -4,6 +4,8 @@
 #include "CaptureLimits.h"
 #include "PasteboardTypes.h"
 
+#include <QtEndian>
+
 namespace {
 
 // The lines of a text/uri-list that name a URL: comments and blank lines are
@@ -17,6 +19,21 @@ QList<QByteArray> uriLines(const QByteArray &list)
             lines.append(line);
     }
     return lines;
+}
+
+// Browsers write UTF-16 in the machine's order, some with a byte-order mark.
+QString fromUtf16(const QByteArray &bytes)
+{
+    const auto *units = reinterpret_cast<const char16_t *>(bytes.constData());
+    qsizetype count = bytes.size() / 2;
+    QString text = QString::fromUtf16(units, count);
+    if (text.startsWith(QChar(0xFFFE))) {
+        for (QChar &unit : text)
+            unit = QChar(qbswap(unit.unicode()));
+    }
+    if (text.startsWith(QChar(0xFEFF)))
+        text.remove(0, 1);
+    return text;
 }
 
 } // namespace
@@ -38,11 +55,19 @@ void Pasteboard::publish(ClipboardSnapshot snapshot)
 
 QList<QUrl> Pasteboard::urls() const
 {
-    const auto list = data(PasteboardTypes::uriList);
+    const bool fromFileManager = !data(PasteboardTypes::uriList).has_value();
+    const auto list = fromFileManager ? data(PasteboardTypes::copiedFiles) : data(PasteboardTypes::uriList);
     if (!list || list->size() > CaptureLimits::maxUriListBytes)
         return {};
+    QList<QByteArray> lines = uriLines(*list);
+    // The file manager's first line says whether the files were copied or cut.
+    if (fromFileManager) {
+        if (lines.isEmpty() || (lines.first() != "copy" && lines.first() != "cut"))
+            return {};
+        lines.removeFirst();
+    }
     QList<QUrl> result;
-    for (const QByteArray &line : uriLines(*list)) {
+    for (const QByteArray &line : std::as_const(lines)) {
         const QUrl url = QUrl::fromEncoded(line);
         if (url.isValid())
             result.append(url);
@@ -60,6 +85,13 @@ std::optional<QString> Pasteboard::string(const QString &mimeType) const
         if (lines.isEmpty())
             return std::nullopt;
         return QString::fromUtf8(lines.first());
+    }
+    if (mimeType == PasteboardTypes::mozUrl) {
+        const QString text = fromUtf16(*bytes);
+        const QString url = text.left(text.indexOf(u'\n')).trimmed();
+        if (url.isEmpty())
+            return std::nullopt;
+        return url;
     }
     return QString::fromUtf8(*bytes);
 }

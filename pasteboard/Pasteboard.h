@@ -7,6 +7,7 @@
 #include <QObject>
 #include <QUrl>
 
+#include <functional>
 #include <optional>
 
 class QMimeData;
@@ -30,12 +31,33 @@ public:
     // not be read, or was larger than the capture bounds.
     std::optional<QByteArray> data(const QString &mimeType) const;
 
-    // The URLs of the text/uri-list offered, in order; empty when there is
-    // none or it is larger than the capture bounds.
+    // The URLs of the text/uri-list offered, or else of the file manager's
+    // list of copied files, in order; empty when there is neither or it is
+    // larger than the capture bounds.
     QList<QUrl> urls() const;
     // The text of one type, decoded as UTF-8 (invalid sequences become
-    // U+FFFD); for text/uri-list, its first URL as written.
+    // U+FFFD); for text/uri-list, its first URL as written; for
+    // text/x-moz-url, its first line, decoded from UTF-16.
     std::optional<QString> string(const QString &mimeType) const;
+    // Whether the writer marked the current contents as a secret.
+    bool isMarkedSecret() const { return m_snapshot.isMarkedSecret(); }
+    // The current change left the clipboard empty because the program that
+    // offered the contents before it quit.
+    bool ownerQuit() const { return m_snapshot.ownerQuit; }
+
+    // Asked on the main thread when another program's copy is announced:
+    // what of it is worth reading. Everything when unset.
+    void setReadScope(std::function<ReadScope()> scope) { m_readScope = std::move(scope); }
+    ReadScope readScope() const { return m_readScope ? m_readScope() : ReadScope::Everything; }
+    // Forgets the bytes of the current contents, keeping their types: once
+    // handled, a copied password or picture has no reason to stay in memory.
+    void releaseData() { m_snapshot.data.clear(); }
+
+    // Runs write, which puts our own contents on the clipboard, only while no
+    // program offers contents, not even one that has stopped answering, and
+    // so that no program can take the clipboard between the check and the
+    // write. Returns whether write ran.
+    virtual bool writeIfUnowned(const std::function<void()> &write) = 0;
 
     // Empties the clipboard; the change count moves before this returns.
     virtual void clearContents() = 0;
@@ -54,4 +76,5 @@ protected:
 private:
     qint64 m_changeCount = 0;
     ClipboardSnapshot m_snapshot;
+    std::function<ReadScope()> m_readScope;
 };

@@ -15,3 +15,17 @@ QString TextPreview::cut(const QString &text)
     }
     return text.left(clusters.position());
 }
+
+QString TextPreview::cutOneLine(const QString &text)
+{
+    // Line feeds go before the cut: a CR LF pair is one character, a CR and
+    // a space are two. A boundary found before the end of a head of the text
+    // is one in the whole text as well; one at its very end may not be.
+    for (qsizetype length = 4 * maxCharacters;; length *= 2) {
+        QString head = text.left(length);
+        head.replace(u'\n', u' ');
+        QString preview = cut(head);
+        if (preview.size() < head.size() || head.size() == text.size())
+            return preview;
+    }
+}

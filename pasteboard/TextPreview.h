@@ -13,5 +13,8 @@ constexpr int maxCharacters = 200;
 // clusters): a letter with its accents, a flag or an emoji with its skin tone
 // is never split.
 QString cut(const QString &text);
+// The cut of the text with each line feed replaced by a space, without
+// copying a long text whole: only as much of its start as the cut needs.
+QString cutOneLine(const QString &text);
 
 } // namespace TextPreview

@@ -5,6 +5,8 @@
 #include "ClipRowContent.h"
 #include "SearchNeedle.h"
 
+#include <QTimer>
+
 #include <algorithm>
 
 ClipListModel::ClipListModel(const ClipboardStore &store, QObject *parent)
@@ -24,10 +26,37 @@ ClipListModel::ClipListModel(const ClipboardStore &store, QObject *parent)
 
 void ClipListModel::setQuery(const QString &query)
 {
+    // Each showing empties the query: most of the time it already is, and a
+    // reset would lay out the list again for nothing.
+    if (query == m_query)
+        return;
     beginResetModel();
     m_query = query;
     m_rows = isFiltered() ? m_index.matchingRows(m_store.items(), m_query) : QList<qsizetype>();
     endResetModel();
+}
+
+void ClipListModel::prepareSearch()
+{
+    if (m_preparedUpTo >= 0)
+        return;
+    m_preparedUpTo = 0;
+    prepareSlice();
+}
+
+void ClipListModel::prepareSlice()
+{
+    // Short enough that a key press or a repaint never waits long for it.
+    constexpr std::chrono::milliseconds slice(4);
+    // Rows may shift between slices: an entry missed is made at its first
+    // search, as without this.
+    m_preparedUpTo = m_index.prepare(
+        m_store.items(), std::min(m_preparedUpTo, m_store.items().size()), std::chrono::steady_clock::now() + slice);
+    if (m_preparedUpTo >= m_store.items().size()) {
+        m_preparedUpTo = -1;
+        return;
+    }
+    QTimer::singleShot(0, this, &ClipListModel::prepareSlice);
 }
 
 const ClipItem &ClipListModel::item(qsizetype row) const

@@ -28,6 +28,9 @@ public:
 
     QString query() const { return m_query; }
     void setQuery(const QString &query);
+    // Prepares what the search needs in short slices between other events,
+    // so that the first key typed after a start does not wait for it.
+    void prepareSearch();
 
     // The entry at a row of the list; row must be valid.
     const ClipItem &item(qsizetype row) const;
@@ -54,8 +57,12 @@ private:
     void aboutToReset();
     void reset();
 
+    void prepareSlice();
+
     const ClipboardStore &m_store;
     SearchIndex m_index;
+    // The next store row to prepare; -1 while no preparation runs.
+    qsizetype m_preparedUpTo = -1;
     RelativeAge m_age;
     QString m_query;
     // With a query: the store rows of the matching entries, ascending.

@@ -5,6 +5,8 @@
 #include "SymbolPainter.h"
 
 #include <QPainter>
+#include <QProxyStyle>
+#include <QStyleOptionMenuItem>
 
 namespace {
 
@@ -22,6 +24,32 @@ QIcon unpinIcon(const QColor &color)
     painter.end();
     return QIcon(pixmap);
 }
+
+// Draws the destructive item's text in red; menus have no colour per item.
+class DestructiveItemStyle : public QProxyStyle {
+public:
+    explicit DestructiveItemStyle(QString text)
+        : m_text(std::move(text))
+    {
+    }
+
+    void drawControl(
+        ControlElement element, const QStyleOption *option, QPainter *painter, const QWidget *widget) const override
+    {
+        const auto *item = qstyleoption_cast<const QStyleOptionMenuItem *>(option);
+        if (element != CE_MenuItem || !item || item->text != m_text || (item->state & State_Selected)) {
+            QProxyStyle::drawControl(element, option, painter, widget);
+            return;
+        }
+        QStyleOptionMenuItem red = *item;
+        for (const QPalette::ColorRole role : { QPalette::Text, QPalette::WindowText, QPalette::ButtonText })
+            red.palette.setColor(role, destructiveRed);
+        QProxyStyle::drawControl(element, &red, painter, widget);
+    }
+
+private:
+    QString m_text;
+};
 
 } // namespace
 
@@ -42,9 +70,12 @@ ClipRowMenu::ClipRowMenu(const ClipItem &item, QWidget *parent)
             QStringLiteral("Copier sans coller"), Choice::CopyOnly);
     }
     addSeparator();
-    // Menus draw every item's text in one colour: the red icon marks it.
-    addChoice(SymbolPainter::tintedIcon(QStringLiteral("edit-delete-symbolic"), iconSize, destructiveRed),
-        QStringLiteral("Supprimer"), Choice::Delete);
+    const QString remove = QStringLiteral("Supprimer");
+    addChoice(SymbolPainter::tintedIcon(QStringLiteral("edit-delete-symbolic"), iconSize, destructiveRed), remove,
+        Choice::Delete);
+    auto *style = new DestructiveItemStyle(remove);
+    style->setParent(this);
+    setStyle(style);
 }
 
 void ClipRowMenu::addChoice(const QIcon &icon, const QString &text, Choice choice)

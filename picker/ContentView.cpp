@@ -36,6 +36,7 @@ constexpr int traySymbol = 32;
 constexpr int calloutPixels = 12;
 constexpr int captionPixels = 11;
 constexpr int gearSymbol = 13;
+constexpr int prepareSearchDelayMilliseconds = 50;
 
 QFont pixelFont(QFont font, int pixels)
 {
@@ -90,6 +91,13 @@ ContentView::ContentView(ClipboardStore &store, AppSettings &settings, QWidget *
     connect(m_model, &QAbstractItemModel::rowsInserted, this, &ContentView::updateBody);
     connect(m_model, &QAbstractItemModel::rowsRemoved, this, &ContentView::updateBody);
     connect(m_model, &QAbstractItemModel::modelReset, this, &ContentView::updateBody);
+    // The view's current row follows its entry as rows come and go; the
+    // selection is an index and stays: so does what assistive technologies
+    // are told is current.
+    connect(m_model, &QAbstractItemModel::rowsInserted, this, &ContentView::markCurrentRow, Qt::QueuedConnection);
+    connect(m_model, &QAbstractItemModel::rowsRemoved, this, &ContentView::markCurrentRow, Qt::QueuedConnection);
+    connect(m_model, &QAbstractItemModel::rowsMoved, this, &ContentView::markCurrentRow, Qt::QueuedConnection);
+    connect(m_model, &QAbstractItemModel::modelReset, this, &ContentView::markCurrentRow, Qt::QueuedConnection);
     connect(&m_store, &ClipboardStore::changed, this, &ContentView::updateCount);
     updateBody();
     updateCount();
@@ -214,7 +222,8 @@ QWidget *ContentView::divider()
     auto *line = new QWidget(this);
     line->setFixedHeight(1);
     QPalette palette = line->palette();
-    palette.setColor(QPalette::Window, SymbolPainter::withAlpha(palette.color(QPalette::WindowText), 0.3));
+    // A faint line, as dividers are, drawn at 0.3 opacity.
+    palette.setColor(QPalette::Window, SymbolPainter::withAlpha(palette.color(QPalette::WindowText), 0.4 * 0.3));
     line->setPalette(palette);
     line->setAutoFillBackground(true);
     return line;
@@ -303,6 +312,8 @@ void ContentView::showEvent(QShowEvent *event)
     m_state->setQuery({});
     m_state->setSelection(0);
     m_field->setFocus();
+    // Once the panel is on the screen.
+    QTimer::singleShot(prepareSearchDelayMilliseconds, m_model, &ClipListModel::prepareSearch);
 }
 
 void ContentView::queryEdited(const QString &text)
@@ -318,9 +329,8 @@ void ContentView::showQuery(const QString &query)
     m_model->setQuery(query);
 }
 
-void ContentView::followSelection(qint64 previous)
+void ContentView::followSelection()
 {
-    Q_UNUSED(previous);
     const qint64 selection = m_state->selection();
     m_list->viewport()->update(m_list->visualRect(m_model->index(int(m_shownSelection))));
     m_shownSelection = selection;
@@ -330,6 +340,13 @@ void ContentView::followSelection(qint64 previous)
     m_list->setCurrentIndex(index);
     m_list->scrollTo(index, QAbstractItemView::EnsureVisible);
     m_list->viewport()->update(m_list->visualRect(index));
+}
+
+void ContentView::markCurrentRow()
+{
+    const qint64 selection = m_state->selection();
+    if (selection >= 0 && selection < m_model->rowCount())
+        m_list->selectionModel()->setCurrentIndex(m_model->index(int(selection)), QItemSelectionModel::NoUpdate);
 }
 
 void ContentView::updateBody()

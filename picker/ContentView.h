@@ -73,7 +73,8 @@ private:
 
     void queryEdited(const QString &text);
     void showQuery(const QString &query);
-    void followSelection(qint64 previous);
+    void followSelection();
+    void markCurrentRow();
     void updateBody();
     void updateCount();
     void rowClicked(const QModelIndex &index);

@@ -32,7 +32,11 @@ constexpr std::array units {
 
 RelativeAge::RelativeAge(const QString &localeName)
 {
-    const QString name = localeName.isEmpty() ? QLocale::system().name() : localeName;
+    QString name = localeName.isEmpty() ? QLocale::system().name() : localeName;
+    // A session without a language ("C", ICU's root locale, which has no
+    // plural forms) reads the interface's own language rather than English.
+    if (name == QLatin1String("C") || name == QLatin1String("POSIX"))
+        name = QStringLiteral("fr");
     UErrorCode status = U_ZERO_ERROR;
     auto formatter = std::make_unique<icu::RelativeDateTimeFormatter>(
         icu::Locale(name.toUtf8().constData()), nullptr, UDAT_STYLE_LONG, UDISPCTX_CAPITALIZATION_NONE, status);

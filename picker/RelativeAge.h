@@ -16,7 +16,7 @@ U_NAMESPACE_END
 class RelativeAge {
 public:
     // localeName as QLocale::name() gives it ("fr_FR"); the system's by
-    // default.
+    // default; French for a session without a language ("C").
     explicit RelativeAge(const QString &localeName = {});
     ~RelativeAge();
 

@@ -33,6 +33,17 @@ bool SearchIndex::matches(const ClipItem &item, const SearchNeedle &needle)
         texts.filePaths.cbegin(), texts.filePaths.cend(), [&](const QString &path) { return needle.isFoundIn(path); });
 }
 
+qsizetype SearchIndex::prepare(
+    const QList<ClipItem> &items, qsizetype row, std::chrono::steady_clock::time_point deadline)
+{
+    for (; row < items.size(); ++row) {
+        textsOf(items[row]);
+        if (std::chrono::steady_clock::now() >= deadline)
+            return row + 1;
+    }
+    return items.size();
+}
+
 void SearchIndex::keepOnly(const QList<ClipItem> &items)
 {
     QSet<QUuid> kept;
@@ -49,8 +60,9 @@ const SearchIndex::Texts &SearchIndex::textsOf(const ClipItem &item)
         return *found;
     Texts texts;
     texts.preview = SearchNeedle::comparableForm(item.preview);
+    // A short text's preview is its full text: one copy serves both.
     if (item.fullText)
-        texts.fullText = SearchNeedle::comparableForm(*item.fullText);
+        texts.fullText = *item.fullText == item.preview ? texts.preview : SearchNeedle::comparableForm(*item.fullText);
     if (item.filePaths) {
         for (const QString &path : *item.filePaths)
             texts.filePaths.append(SearchNeedle::comparableForm(path));

@@ -6,6 +6,8 @@
 #include <QHash>
 #include <QList>
 
+#include <chrono>
+
 class SearchNeedle;
 
 // The entries' searched texts (preview, full text, file paths) in the form
@@ -19,6 +21,11 @@ public:
     // order. An empty query keeps every row.
     QList<qsizetype> matchingRows(const QList<ClipItem> &items, const QString &query);
     bool matches(const ClipItem &item, const SearchNeedle &needle);
+
+    // Makes the searched texts of items from row on, until they are all made
+    // or the deadline has passed; the row to go on from, items.size() once
+    // done. Lets the first key press after a start find them ready.
+    qsizetype prepare(const QList<ClipItem> &items, qsizetype row, std::chrono::steady_clock::time_point deadline);
 
     void forget(const QUuid &id) { m_texts.remove(id); }
     // Forgets the entries that are no longer in items.

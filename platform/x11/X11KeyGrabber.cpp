@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "X11KeyGrabber.h"
 
+#include "X11Logging.h"
 #include "XcbReply.h"
 
 #include "HotKeyConfig.h"
@@ -19,7 +20,10 @@
 
 namespace {
 
-Q_LOGGING_CATEGORY(lcKeyGrabber, "zettly.x11", QtWarningMsg)
+const QLoggingCategory &lcKeyGrabber()
+{
+    return lcX11();
+}
 
 // X11 numbers keys as evdev codes shifted by 8.
 constexpr quint32 evdevToXKeyCode = 8;

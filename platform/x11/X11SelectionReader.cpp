@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "X11SelectionReader.h"
 
+#include "X11Logging.h"
 #include "XcbReply.h"
 
 #include "CaptureLimits.h"
-#include "ImageHeader.h"
+#include "ImageDecoder.h"
+#include "LargeData.h"
 #include "PasteboardTypes.h"
 
 #include <QHash>
-#include <QLoggingCategory>
 
 #include <xcb/xcb.h>
 
@@ -28,8 +29,6 @@
 #include <utility>
 
 namespace {
-
-Q_LOGGING_CATEGORY(lcReader, "zettly.x11", QtWarningMsg)
 
 using Clock = std::chrono::steady_clock;
 
@@ -101,7 +100,7 @@ struct X11SelectionReader::Worker {
     Worker(X11SelectionReader *reader, const QByteArray &displayName);
     ~Worker();
 
-    void post(std::optional<qint64> serial);
+    void post(std::optional<qint64> serial, ReadScope scope = ReadScope::Everything);
     void run();
 
     bool isAbandoned();
@@ -109,7 +108,8 @@ struct X11SelectionReader::Worker {
     void idle();
     Wait waitForEvent(Clock::time_point deadline, XcbReply<xcb_generic_event_t> &event);
 
-    bool read(ClipboardSnapshot &snapshot);
+    bool read(ClipboardSnapshot &snapshot, ReadScope scope);
+    static bool isWorthReading(const QString &type, const ClipboardSnapshot &snapshot);
     Outcome readText(const QList<QByteArray> &offered, QByteArray &text);
     bool fetchAtomNames(const QList<xcb_atom_t> &atoms);
     xcb_atom_t atom(const QByteArray &name) const { return m_atoms.value(name, XCB_NONE); }
@@ -144,6 +144,7 @@ struct X11SelectionReader::Worker {
     // signal, which is sent with the lock held.
     std::recursive_mutex m_mutex;
     qint64 m_serial = 0;
+    ReadScope m_scope = ReadScope::Everything;
     bool m_pending = false;
     bool m_stopping = false;
     quint64 m_generation = 0;
@@ -217,12 +218,13 @@ X11SelectionReader::Worker::~Worker()
         close(m_wakeFd);
 }
 
-void X11SelectionReader::Worker::post(std::optional<qint64> serial)
+void X11SelectionReader::Worker::post(std::optional<qint64> serial, ReadScope scope)
 {
     {
         std::lock_guard lock(m_mutex);
         ++m_generation;
         m_pending = serial.has_value();
+        m_scope = scope;
         if (serial)
             m_serial = *serial;
     }
@@ -236,6 +238,7 @@ void X11SelectionReader::Worker::run()
 {
     for (;;) {
         std::optional<qint64> serial;
+        ReadScope scope = ReadScope::Everything;
         {
             std::lock_guard lock(m_mutex);
             if (m_stopping)
@@ -244,6 +247,7 @@ void X11SelectionReader::Worker::run()
             if (m_pending) {
                 m_pending = false;
                 serial = m_serial;
+                scope = m_scope;
             }
         }
         if (!serial) {
@@ -251,7 +255,7 @@ void X11SelectionReader::Worker::run()
             continue;
         }
         ClipboardSnapshot snapshot;
-        if (!read(snapshot))
+        if (!read(snapshot, scope))
             continue;
         // Under the lock, so that a cancel() that has returned is never
         // followed by an answer to the request it cancelled.
@@ -314,7 +318,7 @@ Wait X11SelectionReader::Worker::waitForEvent(Clock::time_point deadline, XcbRep
     }
 }
 
-bool X11SelectionReader::Worker::read(ClipboardSnapshot &snapshot)
+bool X11SelectionReader::Worker::read(ClipboardSnapshot &snapshot, ReadScope scope)
 {
     XcbReply<xcb_get_selection_owner_reply_t> owner(
         xcb_get_selection_owner_reply(m_connection, xcb_get_selection_owner(m_connection, m_clipboard), nullptr));
@@ -363,11 +367,14 @@ bool X11SelectionReader::Worker::read(ClipboardSnapshot &snapshot)
             snapshot.types.append(type);
     }
 
+    if (scope == ReadScope::TypesOnly)
+        return true;
     for (const QString &type : PasteboardTypes::captured) {
-        if (!snapshot.types.contains(type))
-            continue;
-        if (type == PasteboardTypes::tiff && snapshot.data.contains(PasteboardTypes::png)
-            && ImageHeader::size(snapshot.data.value(PasteboardTypes::png), "png"))
+        // The markers come first: a secret's data is never fetched.
+        if (scope == ReadScope::UnlessMarkedSecret && type != PasteboardTypes::passwordManagerHint
+            && snapshot.isMarkedSecret())
+            return true;
+        if (!isWorthReading(type, snapshot))
             continue;
         Conversion conversion;
         if (type == PasteboardTypes::string)
@@ -377,14 +384,29 @@ bool X11SelectionReader::Worker::read(ClipboardSnapshot &snapshot)
         if (conversion.outcome == Outcome::Abandoned)
             return false;
         if (conversion.outcome == Outcome::TimedOut) {
-            qCDebug(lcReader) << "The clipboard owner did not answer for" << type;
+            qCDebug(lcX11) << "The clipboard owner did not answer for" << type;
             return true;
         }
         if (conversion.outcome == Outcome::TooLarge)
-            qCDebug(lcReader) << type << "is larger than capture takes";
+            qCDebug(lcX11) << type << "is larger than capture takes";
         if (conversion.outcome == Outcome::Read)
             snapshot.data.insert(type, conversion.bytes);
     }
+    return true;
+}
+
+bool X11SelectionReader::Worker::isWorthReading(const QString &type, const ClipboardSnapshot &snapshot)
+{
+    if (!snapshot.types.contains(type))
+        return false;
+    if (type == PasteboardTypes::tiff) {
+        const auto png = snapshot.data.constFind(PasteboardTypes::png);
+        return png == snapshot.data.cend() || !ImageDecoder::decodedSize(*png, "png");
+    }
+    if (type == PasteboardTypes::copiedFiles)
+        return !snapshot.types.contains(PasteboardTypes::uriList);
+    if (type == PasteboardTypes::mozUrl)
+        return !snapshot.types.contains(PasteboardTypes::uriList) && !snapshot.types.contains(PasteboardTypes::string);
     return true;
 }
 
@@ -527,6 +549,9 @@ Conversion X11SelectionReader::Worker::readIncrementally(xcb_atom_t property, qi
     if (announcedBytes > maxBytes)
         return { Outcome::TooLarge };
     Conversion result { Outcome::Read };
+    // Growing by doubling would hold the old and the new buffer at once.
+    result.bytes.reserve(announcedBytes);
+    LargeData::adviseHugePages(result.bytes.data(), result.bytes.capacity());
     // Deleting the property asks for the next chunk.
     xcb_delete_property(m_connection, m_window, property);
     xcb_flush(m_connection);
@@ -582,9 +607,9 @@ bool X11SelectionReader::isValid() const
     return m_worker->m_valid;
 }
 
-void X11SelectionReader::request(qint64 serial)
+void X11SelectionReader::request(qint64 serial, ReadScope scope)
 {
-    m_worker->post(serial);
+    m_worker->post(serial, scope);
 }
 
 void X11SelectionReader::cancel()

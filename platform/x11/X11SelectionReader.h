@@ -16,8 +16,10 @@
 // (UTF8_STRING, STRING, text/plain;charset=utf-8, …) become one text/plain,
 // read as UTF-8; protocol targets (TARGETS, TIMESTAMP, MULTIPLE, …) are left
 // out; marker names stay as they are. Of the types capture reads, each offered
-// one is transferred, INCR included, up to CaptureLimits::maxBytes; image/tiff
-// only when the PNG is missing or is no picture.
+// one is transferred, INCR included, up to CaptureLimits::maxBytes, the
+// markers first; image/tiff only when the PNG is missing or does not decode;
+// the file manager's list only without text/uri-list, the browser's link only
+// without text/uri-list and text. A read scope may leave data unread.
 class X11SelectionReader : public QObject {
     Q_OBJECT
 
@@ -34,9 +36,9 @@ public:
     // unanswered.
     bool isValid() const;
 
-    // Reads the clipboard as it is now, abandoning an older request. Any
-    // thread.
-    void request(qint64 serial);
+    // Reads the clipboard as it is now, as far as scope allows, abandoning an
+    // older request. Any thread.
+    void request(qint64 serial, ReadScope scope = ReadScope::Everything);
     // Abandons the request in progress, if any, unanswered. Any thread.
     void cancel();
 

@@ -5,6 +5,8 @@
 
 #include <QTest>
 
+#include <functional>
+
 namespace {
 
 QList<QUuid> ids(const QList<ClipItem> &items)
@@ -113,9 +115,14 @@ TEST_F(ClipboardWatcherTest, PrivacyRulesApplyOnlyWhileTheSwitchIsOn)
                 snapshot.data.insert(type, bytes);
             }
             pasteboard.copy(snapshot);
+            // A secret's text is not even read.
+            EXPECT_EQ(pasteboard.data(PasteboardTypes::string).has_value(), row.recordedWhenOn || !on);
             settle();
             const bool recorded = !store.items().isEmpty() && store.items().first().preview == text;
             EXPECT_EQ(recorded, row.recordedWhenOn || !on) << (on ? "switch on" : "switch off");
+            // Handled, the copy keeps its types but not its bytes.
+            EXPECT_EQ(pasteboard.types(), snapshot.types);
+            EXPECT_FALSE(pasteboard.data(PasteboardTypes::string));
         }
     }
 
@@ -144,16 +151,69 @@ TEST_F(ClipboardWatcherTest, SourceAndPasswordManagerAreTakenAtTheTick)
     EXPECT_EQ(store.items().first().preview, u"no identifier"_s);
     EXPECT_FALSE(store.items().first().sourceApp);
 
-    // The user left the password manager before the tick.
-    workspace.setFrontmostIdentifier(u"com.bitwarden.desktop"_s);
-    pasteboard.copyText(u"left in time"_s);
-    workspace.setFrontmostIdentifier(u"org.kde.kate"_s);
-    settle();
-    EXPECT_EQ(store.items().first().preview, u"left in time"_s);
-    EXPECT_EQ(store.items().first().sourceApp, u"org.kde.kate"_s);
-
+    // A copy announced while the password manager is in front is not read at
+    // all, even when the user leaves it before the tick.
     workspace.setFrontmostIdentifier(u"com.bitwarden.desktop"_s);
     pasteboard.copyText(u"hunter2"_s);
+    workspace.setFrontmostIdentifier(u"org.kde.kate"_s);
+    EXPECT_EQ(pasteboard.types(), QStringList { PasteboardTypes::string });
+    EXPECT_FALSE(pasteboard.data(PasteboardTypes::string));
     settle();
-    EXPECT_EQ(store.items().first().preview, u"left in time"_s);
+    EXPECT_EQ(store.items().first().preview, u"no identifier"_s);
+
+    // One read, then the tick finds the manager in front.
+    pasteboard.copyText(u"hunter3"_s);
+    workspace.setFrontmostIdentifier(u"com.bitwarden.desktop"_s);
+    settle();
+    EXPECT_EQ(store.items().first().preview, u"no identifier"_s);
+}
+
+// When the program whose copy was recorded quits, the clipboard would go
+// empty: the entry is put back, as our own write.
+TEST_F(ClipboardWatcherTest, RecordedCopyOutlivesTheProgramThatQuit)
+{
+    struct Row {
+        const char *name;
+        std::function<void()> between;
+        bool restored;
+    };
+    const QList<Row> rows {
+        { "recorded copy", [] {}, true },
+        { "entry removed", [&] { store.remove(store.items().first().id); }, false },
+        { "another program still owns it", [&] { pasteboard.copyText(u"other"_s); }, false },
+    };
+    startWatcher();
+    // What each change put on the clipboard, as it was published.
+    QStringList written;
+    QObject::connect(&pasteboard, &Pasteboard::changed,
+        [&] { written.append(pasteboard.string(PasteboardTypes::string).value_or(QString())); });
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.name);
+        pasteboard.copyText(QString::fromLatin1(row.name));
+        settle();
+        row.between();
+        written.clear();
+        pasteboard.quitOwner();
+        settle();
+        const QStringList expected
+            = row.restored ? QStringList { {}, {}, QString::fromLatin1(row.name) } : QStringList { {} };
+        EXPECT_EQ(written, expected);
+        EXPECT_EQ(watcher->ownWriteCount().has_value(), row.restored);
+        settle();
+        EXPECT_FALSE(watcher->ownWriteCount());
+    }
+
+    // A secret that was never recorded is not brought back, nor the entry
+    // recorded before it.
+    settings.setIgnoreSecretApps(true);
+    pasteboard.copyText(u"kept"_s);
+    settle();
+    ClipboardSnapshot secret = offer({ { PasteboardTypes::string, "hunter2" } });
+    secret.types.append(PasteboardTypes::concealed);
+    pasteboard.copy(secret);
+    settle();
+    pasteboard.quitOwner();
+    settle();
+    EXPECT_FALSE(pasteboard.hasOwner());
+    EXPECT_FALSE(watcher->ownWriteCount());
 }

@@ -8,6 +8,7 @@
 
 #include <xcb/xcb.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
@@ -25,9 +26,23 @@ xcb_atom_t internAtom(xcb_connection_t *connection, const QByteArray &name)
 
 } // namespace
 
+// What toolkits send per INCR chunk.
+constexpr qsizetype incrChunkBytes = 256 * 1024;
+
 struct TestSelectionOwner::Server {
+    // An INCR transfer under way.
+    struct Transfer {
+        xcb_window_t requestor = XCB_NONE;
+        xcb_atom_t property = XCB_NONE;
+        xcb_atom_t type = XCB_NONE;
+        QByteArray bytes;
+        qsizetype sent = 0;
+        bool done = true;
+    };
+
     void serve();
     void answer(const xcb_selection_request_event_t &request);
+    void sendNextChunk();
     void notify(const xcb_selection_request_event_t &request, xcb_atom_t property);
 
     QList<Target> m_targets;
@@ -41,6 +56,8 @@ struct TestSelectionOwner::Server {
     // Beside m_targets.
     QList<xcb_atom_t> m_targetAtoms;
     QHash<xcb_atom_t, QByteArray> m_names;
+    xcb_atom_t m_incrAtom = XCB_NONE;
+    Transfer m_transfer;
 
     mutable std::mutex m_mutex;
     QList<QByteArray> m_requested;
@@ -50,11 +67,11 @@ struct TestSelectionOwner::Server {
     std::thread m_thread;
 };
 
-TestSelectionOwner::TestSelectionOwner(QList<Target> targets, Behaviour behaviour)
+TestSelectionOwner::TestSelectionOwner(Offer offer, Behaviour behaviour)
     : m_server(std::make_unique<Server>())
 {
     Server &s = *m_server;
-    s.m_targets = std::move(targets);
+    s.m_targets = std::move(offer.targets);
     s.m_behaviour = behaviour;
     s.m_connection = xcb_connect(nullptr, nullptr);
     if (xcb_connection_has_error(s.m_connection))
@@ -62,6 +79,7 @@ TestSelectionOwner::TestSelectionOwner(QList<Target> targets, Behaviour behaviou
     s.m_clipboard = internAtom(s.m_connection, "CLIPBOARD");
     s.m_targetsAtom = internAtom(s.m_connection, "TARGETS");
     s.m_ownAtom = internAtom(s.m_connection, "ZETTLY_TEST_OWNER");
+    s.m_incrAtom = internAtom(s.m_connection, "INCR");
     s.m_names.insert(s.m_targetsAtom, "TARGETS");
     for (const Target &target : std::as_const(s.m_targets)) {
         s.m_targetAtoms.append(internAtom(s.m_connection, target.name));
@@ -133,6 +151,13 @@ bool TestSelectionOwner::waitUntilOwner(int timeoutMs) const
     }
 }
 
+void TestSelectionOwner::giveUp()
+{
+    Server &s = *m_server;
+    xcb_set_selection_owner(s.m_connection, XCB_NONE, s.m_clipboard, XCB_CURRENT_TIME);
+    std::free(xcb_get_input_focus_reply(s.m_connection, xcb_get_input_focus(s.m_connection), nullptr));
+}
+
 QList<QByteArray> TestSelectionOwner::requestedTargets() const
 {
     std::lock_guard lock(m_server->m_mutex);
@@ -153,6 +178,13 @@ void TestSelectionOwner::Server::serve()
             return;
         if (type == XCB_SELECTION_REQUEST)
             answer(*reinterpret_cast<xcb_selection_request_event_t *>(event.get()));
+        if (type == XCB_PROPERTY_NOTIFY) {
+            const auto *notify = reinterpret_cast<xcb_property_notify_event_t *>(event.get());
+            // The requestor took the last chunk and asks for the next.
+            if (!m_transfer.done && notify->window == m_transfer.requestor && notify->atom == m_transfer.property
+                && notify->state == XCB_PROPERTY_DELETE)
+                sendNextChunk();
+        }
     }
 }
 
@@ -191,11 +223,31 @@ void TestSelectionOwner::Server::answer(const xcb_selection_request_event_t &req
         return;
     // Room for the ChangeProperty request's own header.
     const qint64 maxBytes = qint64(xcb_get_maximum_request_length(m_connection)) * 4 - 64;
-    if (target.bytes.size() > maxBytes)
-        return notify(request, XCB_NONE);
+    if (target.bytes.size() > std::min<qint64>(maxBytes, incrChunkBytes)) {
+        m_transfer = { request.requestor, property, request.target, target.bytes, 0, false };
+        const uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+        xcb_change_window_attributes(m_connection, request.requestor, XCB_CW_EVENT_MASK, &mask);
+        const auto size = uint32_t(target.bytes.size());
+        xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, request.requestor, property, m_incrAtom, 32, 1, &size);
+        return notify(request, property);
+    }
     xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, request.requestor, property, request.target, 8,
         target.bytes.size(), target.bytes.constData());
     notify(request, property);
+}
+
+void TestSelectionOwner::Server::sendNextChunk()
+{
+    Transfer &t = m_transfer;
+    const qsizetype length = std::min(incrChunkBytes, t.bytes.size() - t.sent);
+    // The last, empty chunk ends the transfer.
+    t.done = length == 0;
+    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, t.requestor, t.property, t.type, 8, uint32_t(length),
+        t.bytes.constData() + t.sent);
+    t.sent += length;
+    if (t.done)
+        t.bytes.clear();
+    xcb_flush(m_connection);
 }
 
 void TestSelectionOwner::Server::notify(const xcb_selection_request_event_t &request, xcb_atom_t property)

@@ -5,6 +5,7 @@
 #include <QList>
 
 #include <chrono>
+#include <initializer_list>
 #include <memory>
 
 // Owns the CLIPBOARD selection, on an X connection and a thread of its own,
@@ -13,8 +14,8 @@
 //   TestSelectionOwner owner({ { "UTF8_STRING", "hello" }, { "x-kde-passwordManagerHint", "secret" } });
 //   ASSERT_TRUE(owner.waitUntilOwner());
 //
-// Data goes in one piece, never INCR: fine up to a few hundred KB (larger
-// data is refused). Use xclip to serve more.
+// Data larger than one request goes INCR, in chunks of 256 KiB as Qt and GTK
+// owners send it; one such transfer at a time.
 class TestSelectionOwner {
 public:
     struct Target {
@@ -32,8 +33,22 @@ public:
         NeverAnswers,
     };
 
+    // The targets offered. Its own type, so that a single target of two
+    // string literals cannot also read as a QList built from two iterators.
+    struct Offer {
+        Offer(std::initializer_list<Target> targets)
+            : targets(targets)
+        {
+        }
+        Offer(QList<Target> targets)
+            : targets(std::move(targets))
+        {
+        }
+        QList<Target> targets;
+    };
+
     // Takes the selection, offering targets in this order after TARGETS.
-    explicit TestSelectionOwner(QList<Target> targets, Behaviour behaviour = Behaviour::Answers);
+    explicit TestSelectionOwner(Offer offer, Behaviour behaviour = Behaviour::Answers);
     // Gives the selection up, unless another client has taken it since.
     ~TestSelectionOwner();
 
@@ -43,6 +58,9 @@ public:
     // True once the X server names this owner, false if it does not within
     // timeoutMs (another client took the selection, or there is no server).
     bool waitUntilOwner(int timeoutMs = 3000) const;
+    // Gives the selection up while staying alive, as a program that clears
+    // the clipboard does.
+    void giveUp();
     // The targets requested so far, TARGETS included, answered or not.
     QList<QByteArray> requestedTargets() const;
     // When the request taking the selection left for the server: the start of

@@ -13,9 +13,6 @@
 
 namespace {
 
-// Long enough for a late echo of our own write to arrive.
-constexpr int settleMs = 300;
-
 QMimeData *textData(const QString &text)
 {
     auto *data = new QMimeData;
@@ -48,16 +45,19 @@ TEST(X11Pasteboard, OwnWritesCountOnceAndAreServedToOthers)
         QByteArray("copy\nfile:///tmp/a%20b.txt\nfile:///tmp/c"));
     EXPECT_TRUE(XClip::paste(QStringLiteral("text/uri-list")).startsWith("file:///tmp/a%20b.txt"));
 
-    QTest::qWait(settleMs);
+    // Served to xclip after our writes: Qt has seen any echo of them.
     EXPECT_EQ(pasteboard.changeCount(), start + 3);
     EXPECT_EQ(changes.count(), 3);
 
-    // A clear leaves nothing for others to paste, and no late echo either.
+    // A clear leaves nothing for others to paste, and no late echo either:
+    // one would come before the next program's copy.
     pasteboard.clearContents();
-    QTest::qWait(settleMs);
     EXPECT_EQ(pasteboard.changeCount(), start + 4);
     EXPECT_TRUE(pasteboard.types().isEmpty());
     EXPECT_TRUE(XClip::paste().isEmpty());
+    XClip::copy("après");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return pasteboard.string(PasteboardTypes::string) == u"après"; }, 5000));
+    EXPECT_EQ(pasteboard.changeCount(), start + 5);
 }
 
 // Another client's copy becomes one change, published once its data is in.
@@ -78,6 +78,7 @@ TEST(X11Pasteboard, PublishesOtherClientsCopies)
     XClip::copy("https://example.org/", QStringLiteral("text/uri-list"));
     ASSERT_TRUE(QTest::qWaitFor([&] { return pasteboard.changeCount() == start + 3; }, 5000));
     EXPECT_EQ(pasteboard.urls(), QList<QUrl> { QUrl(QStringLiteral("https://example.org/")) });
-    QTest::qWait(settleMs);
-    EXPECT_EQ(pasteboard.changeCount(), start + 3);
+    XClip::copy("fin");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return pasteboard.string(PasteboardTypes::string) == u"fin"; }, 5000));
+    EXPECT_EQ(pasteboard.changeCount(), start + 4);
 }
