@@ -3,10 +3,9 @@
 
 #include <memory>
 
-class AppSettings;
 class Pasteboard;
 
 // The clipboard of the session Zettly runs in: Wayland's where the compositor
 // lets a client watch it, X11's otherwise (XWayland included). Needs the
 // QGuiApplication.
-std::unique_ptr<Pasteboard> openSessionPasteboard(AppSettings &settings);
+std::unique_ptr<Pasteboard> openSessionPasteboard();

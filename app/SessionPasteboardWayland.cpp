@@ -1,21 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "SessionPasteboard.h"
 
-#include "AppSettings.h"
 #include "WaylandPasteboard.h"
 #include "X11Pasteboard.h"
 
 #include <cstdio>
 
-std::unique_ptr<Pasteboard> openSessionPasteboard(AppSettings &settings)
+std::unique_ptr<Pasteboard> openSessionPasteboard()
 {
-    if (std::unique_ptr<WaylandPasteboard> wayland = WaylandPasteboard::open()) {
-        WaylandPasteboard *pasteboard = wayland.get();
-        pasteboard->setSkipsSecretData(settings.ignoreSecretApps());
-        QObject::connect(&settings, &AppSettings::changed, pasteboard,
-            [pasteboard, &settings] { pasteboard->setSkipsSecretData(settings.ignoreSecretApps()); });
+    if (std::unique_ptr<WaylandPasteboard> wayland = WaylandPasteboard::open())
         return wayland;
-    }
     if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
         std::fputs("zettly : ce compositeur Wayland ne laisse pas lire le presse-papiers (pas de data-control) ; "
                    "seules les copies faites dans des fenêtres X11 seront enregistrées.\n",

@@ -4,7 +4,7 @@
 #include "X11Pasteboard.h"
 
 // Built without the Wayland clipboard: X11's, also under XWayland.
-std::unique_ptr<Pasteboard> openSessionPasteboard(AppSettings &)
+std::unique_ptr<Pasteboard> openSessionPasteboard()
 {
     return std::make_unique<X11Pasteboard>();
 }

@@ -26,7 +26,7 @@ bool ZettlyAppDelegate::applicationDidFinishLaunching()
     // happen under the running copy's feet.
     if (!m_instanceLock.tryLock())
         return false;
-    m_pasteboard = openSessionPasteboard(AppSettings::shared());
+    m_pasteboard = openSessionPasteboard();
     m_workspace = std::make_unique<X11Workspace>();
     m_keyGrabber = std::make_unique<X11KeyGrabber>();
     m_clickMonitor = std::make_unique<X11ClickMonitor>();

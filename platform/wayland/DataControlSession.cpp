@@ -77,7 +77,7 @@ struct DataControlSession::Worker {
     void run();
     Wake wait(int dataFd, std::optional<Clock::time_point> deadline);
     void applyCommands();
-    bool read(quint64 generation, ClipboardSnapshot &snapshot);
+    bool read(quint64 generation, ReadScope scope, ClipboardSnapshot &snapshot);
     Outcome readType(const QString &type, qint64 maxBytes, quint64 generation, QByteArray &bytes);
     void serveTo(const char *type, int fd);
 
@@ -104,18 +104,17 @@ struct DataControlSession::Worker {
     std::thread m_thread;
 
     std::atomic<quint64> m_generation = 0;
-    std::atomic<bool> m_skipsSecretData = false;
+    std::atomic<bool> m_unowned = true;
     std::mutex m_mutex;
     std::optional<ClipboardSnapshot> m_pendingServe;
+    std::optional<std::pair<quint64, ReadScope>> m_pendingRead;
     bool m_stopping = false;
 
     // Worker thread only, once started.
     QHash<wl_proxy *, QStringList> m_offerTypes;
     wl_proxy *m_selection = nullptr;
     bool m_ready = false;
-    bool m_needsRead = false;
     bool m_broken = false;
-    quint64 m_readGeneration = 0;
     wl_proxy *m_ownSource = nullptr;
     ClipboardSnapshot m_served;
     bool m_ownClearPending = false;
@@ -326,12 +325,15 @@ void DataControlSession::Worker::run()
                 return;
         }
         applyCommands();
-        if (m_needsRead) {
-            m_needsRead = false;
-            const quint64 generation = m_readGeneration;
+        std::optional<std::pair<quint64, ReadScope>> request;
+        {
+            std::lock_guard lock(m_mutex);
+            request = std::exchange(m_pendingRead, std::nullopt);
+        }
+        if (request && request->first == m_generation) {
             ClipboardSnapshot snapshot;
-            if (read(generation, snapshot) && m_generation == generation)
-                Q_EMIT m_session->snapshotRead(generation, snapshot);
+            if (read(request->first, request->second, snapshot) && m_generation == request->first)
+                Q_EMIT m_session->snapshotRead(request->first, snapshot);
             continue;
         }
         if (m_broken || wait(-1, std::nullopt) == Wake::Broken) {
@@ -433,10 +435,10 @@ void DataControlSession::Worker::selectionChanged(wl_proxy *offer)
     // it cancels our source first.
     const bool own = m_ownSource || (m_ownClearPending && !offer);
     m_ownClearPending = false;
+    m_unowned = !offer;
     if (!m_ready || own)
         return;
-    m_readGeneration = ++m_generation;
-    m_needsRead = true;
+    Q_EMIT m_session->selectionAnnounced(++m_generation, !offer);
 }
 
 void DataControlSession::Worker::sourceCancelled(wl_proxy *source)
@@ -453,7 +455,7 @@ void DataControlSession::Worker::deviceFinished()
     m_broken = true;
 }
 
-bool DataControlSession::Worker::read(quint64 generation, ClipboardSnapshot &snapshot)
+bool DataControlSession::Worker::read(quint64 generation, ReadScope scope, ClipboardSnapshot &snapshot)
 {
     if (!m_selection)
         return true;
@@ -471,15 +473,14 @@ bool DataControlSession::Worker::read(quint64 generation, ClipboardSnapshot &sna
     std::stable_sort(offeredText.begin(), offeredText.end(),
         [](const QString &a, const QString &b) { return textRank(a) < textRank(b); });
 
-    const bool marked
-        = snapshot.types.contains(PasteboardTypes::concealed) || snapshot.types.contains(PasteboardTypes::transient);
+    if (scope == ReadScope::TypesOnly)
+        return true;
     for (const QString &type : PasteboardTypes::captured) {
         if (!snapshot.types.contains(type))
             continue;
-        // The hint comes first; a secret's data is better never fetched.
-        const bool hintedSecret = snapshot.types.contains(PasteboardTypes::passwordManagerHint)
-            && snapshot.data.value(PasteboardTypes::passwordManagerHint, "secret").trimmed() == "secret";
-        if (type != PasteboardTypes::passwordManagerHint && m_skipsSecretData && (marked || hintedSecret))
+        // The hint comes first: a secret's data is better never fetched.
+        if (scope == ReadScope::UnlessMarkedSecret && type != PasteboardTypes::passwordManagerHint
+            && snapshot.isMarkedSecret())
             return true;
         if (type == PasteboardTypes::tiff && ImageHeader::size(snapshot.data.value(PasteboardTypes::png), "png"))
             continue;
@@ -637,23 +638,34 @@ QString DataControlSession::protocolName() const
     return QString::fromLatin1(m_worker->protocolName());
 }
 
-void DataControlSession::setSkipsSecretData(bool skips)
+void DataControlSession::read(quint64 generation, ReadScope scope)
 {
-    m_worker->m_skipsSecretData = skips;
+    {
+        std::lock_guard lock(m_worker->m_mutex);
+        m_worker->m_pendingRead = { generation, scope };
+    }
+    const uint64_t one = 1;
+    [[maybe_unused]] const ssize_t written = ::write(m_worker->m_wakeFd, &one, sizeof one);
 }
 
-void DataControlSession::serve(const ClipboardSnapshot &snapshot)
+quint64 DataControlSession::serve(const ClipboardSnapshot &snapshot)
 {
     {
         std::lock_guard lock(m_worker->m_mutex);
         m_worker->m_pendingServe = snapshot;
     }
-    ++m_worker->m_generation;
+    const quint64 generation = ++m_worker->m_generation;
     const uint64_t one = 1;
     [[maybe_unused]] const ssize_t written = ::write(m_worker->m_wakeFd, &one, sizeof one);
+    return generation;
 }
 
 bool DataControlSession::isCurrent(quint64 generation) const
 {
     return m_worker->m_generation == generation;
+}
+
+bool DataControlSession::isUnowned() const
+{
+    return m_worker->m_unowned;
 }

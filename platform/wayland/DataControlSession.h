@@ -12,9 +12,10 @@
 // connection and a thread of its own: a program that answers slowly, or
 // never, cannot stall the main thread.
 //
-// Each new selection of another program is read, markers first, then the
-// types capture takes, each through a pipe bounded by answerTimeoutMs and
-// CaptureLimits; a newer selection or a write of ours abandons the read.
+// Each new selection of another program is announced, then read when asked,
+// markers first, then the types capture takes, each through a pipe bounded by
+// answerTimeoutMs and CaptureLimits; a newer selection or a write of ours
+// abandons the read.
 class DataControlSession : public QObject {
     Q_OBJECT
 
@@ -33,18 +34,25 @@ public:
     // The data-control interface in use.
     QString protocolName() const;
 
-    // When set, the data of a copy marked secret is not fetched.
-    void setSkipsSecretData(bool skips);
+    // Reads the selection announced at generation, as far as scope says, if
+    // it is still the clipboard's contents. Any thread.
+    void read(quint64 generation, ReadScope scope);
 
     // Makes these formats the selection, served by us until another program
     // takes it; no types clears it. Abandons the read in progress and any
-    // answer not yet taken. Any thread.
-    void serve(const ClipboardSnapshot &snapshot);
+    // answer not yet taken. Any thread. Returns the generation of these
+    // contents.
+    quint64 serve(const ClipboardSnapshot &snapshot);
 
-    // Whether an answer of snapshotRead is still the clipboard's contents.
+    // Whether an announced generation is still the clipboard's contents.
     bool isCurrent(quint64 generation) const;
+    // No program offers anything, as far as the compositor last said.
+    bool isUnowned() const;
 
 Q_SIGNALS:
+    // Another program took the clipboard, or left it empty. Sent from the
+    // session's thread.
+    void selectionAnnounced(quint64 generation, bool empty);
     // Another program's selection, as far as it could be read. Sent from the
     // session's thread.
     void snapshotRead(quint64 generation, const ClipboardSnapshot &snapshot);

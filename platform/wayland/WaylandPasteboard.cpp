@@ -16,7 +16,9 @@ std::unique_ptr<WaylandPasteboard> WaylandPasteboard::open()
 WaylandPasteboard::WaylandPasteboard(std::unique_ptr<DataControlSession> session)
     : m_session(std::move(session))
 {
-    // Queued: the session answers from its own thread.
+    // Queued: the session speaks from its own thread.
+    connect(m_session.get(), &DataControlSession::selectionAnnounced, this, &WaylandPasteboard::onSelectionAnnounced,
+        Qt::QueuedConnection);
     connect(m_session.get(), &DataControlSession::snapshotRead, this, &WaylandPasteboard::onSnapshotRead,
         Qt::QueuedConnection);
 }
@@ -28,28 +30,52 @@ QString WaylandPasteboard::protocolName() const
     return m_session->protocolName();
 }
 
-void WaylandPasteboard::setSkipsSecretData(bool skips)
+bool WaylandPasteboard::writeIfUnowned(const std::function<void()> &write)
 {
-    m_session->setSkipsSecretData(skips);
+    // A copy still being read has an owner, or had one a moment ago.
+    if (!m_session->isCurrent(m_publishedGeneration) || !m_session->isUnowned())
+        return false;
+    write();
+    return true;
 }
 
 void WaylandPasteboard::clearContents()
 {
-    m_session->serve({});
-    publish({});
+    publishAt(m_session->serve({}), {}, true);
 }
 
 void WaylandPasteboard::write(QMimeData *data)
 {
     const std::unique_ptr<QMimeData> owned(data);
     ClipboardSnapshot snapshot = ClipboardSnapshot::fromMimeData(*owned);
-    m_session->serve(snapshot);
-    publish(std::move(snapshot));
+    publishAt(m_session->serve(snapshot), std::move(snapshot), true);
+}
+
+void WaylandPasteboard::onSelectionAnnounced(quint64 generation, bool empty)
+{
+    // A later change, ours or another program's, has made it stale.
+    if (!m_session->isCurrent(generation))
+        return;
+    if (!empty) {
+        m_session->read(generation, readScope());
+        return;
+    }
+    // Left empty right after contents of another program's that were
+    // published: that program quit.
+    ClipboardSnapshot gone;
+    gone.ownerQuit = m_publishedGeneration + 1 == generation && !m_showsOwn;
+    publishAt(generation, std::move(gone), false);
 }
 
 void WaylandPasteboard::onSnapshotRead(quint64 generation, const ClipboardSnapshot &snapshot)
 {
-    // A later change, ours or another program's, has made it stale.
     if (m_session->isCurrent(generation))
-        publish(snapshot);
+        publishAt(generation, snapshot, false);
+}
+
+void WaylandPasteboard::publishAt(quint64 generation, ClipboardSnapshot snapshot, bool own)
+{
+    m_publishedGeneration = generation;
+    m_showsOwn = own;
+    publish(std::move(snapshot));
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "WaylandPasteboard.h"
+#include "StuckSource.h"
 #include "WlClipboard.h"
 
 #include "CaptureLimits.h"
@@ -94,24 +95,25 @@ TEST(WaylandPasteboard, ServesItsOwnWritesAndSkipsTheirEcho)
     EXPECT_EQ(pasteboard->changeCount(), before + 2);
 }
 
-// A copy marked secret is seen with its marker; its text is fetched only
-// when secrets are not being skipped.
-TEST(WaylandPasteboard, FetchesNoSecretWhenSkippingThem)
+// A copy is read as far as the read scope asked when it was announced: a
+// secret's text is not fetched unless everything is.
+TEST(WaylandPasteboard, ReadsAsFarAsTheScopeSays)
 {
     const auto writer = WaylandPasteboard::open();
     const auto reader = WaylandPasteboard::open();
     ASSERT_TRUE(writer && reader);
     const struct {
-        bool skips;
+        ReadScope scope;
         QByteArray hint;
         bool textFetched;
     } cases[] = {
-        { true, "secret", false },
-        { false, "secret", true },
-        { true, "autre", true },
+        { ReadScope::UnlessMarkedSecret, "secret", false },
+        { ReadScope::Everything, "secret", true },
+        { ReadScope::UnlessMarkedSecret, "autre", true },
+        { ReadScope::TypesOnly, "autre", false },
     };
     for (const auto &row : cases) {
-        reader->setSkipsSecretData(row.skips);
+        reader->setReadScope([&] { return row.scope; });
         const qint64 before = reader->changeCount();
         auto *mime = new QMimeData;
         mime->setText(QStringLiteral("mot de passe"));
@@ -119,7 +121,36 @@ TEST(WaylandPasteboard, FetchesNoSecretWhenSkippingThem)
         writer->write(mime);
         ASSERT_TRUE(waitForChange(*reader, before));
         EXPECT_TRUE(reader->types().contains(PasteboardTypes::string));
-        EXPECT_EQ(reader->data(PasteboardTypes::passwordManagerHint), row.hint);
-        EXPECT_EQ(reader->data(PasteboardTypes::string).has_value(), row.textFetched) << row.skips << row.hint.data();
+        // A hint left unread counts as a secret.
+        EXPECT_EQ(reader->isMarkedSecret(), row.hint == "secret" || row.scope == ReadScope::TypesOnly)
+            << int(row.scope);
+        EXPECT_EQ(reader->data(PasteboardTypes::string).has_value(), row.textFetched) << int(row.scope);
+    }
+}
+
+// A program that never answers costs a bounded wait: its copy is published
+// without data, and the next copy is read as usual.
+TEST(WaylandPasteboard, GivesUpOnAProgramThatNeverAnswers)
+{
+    const auto pasteboard = WaylandPasteboard::open();
+    ASSERT_TRUE(pasteboard);
+    StuckSource stuck;
+    for (const bool copyAtOnce : { false, true }) {
+        const qint64 before = pasteboard->changeCount();
+        ASSERT_TRUE(stuck.takeClipboard(QStringLiteral("text/plain;charset=utf-8")));
+        if (!copyAtOnce) {
+            ASSERT_TRUE(waitForChange(*pasteboard, before));
+            EXPECT_TRUE(pasteboard->types().contains(PasteboardTypes::string));
+            EXPECT_FALSE(pasteboard->data(PasteboardTypes::string));
+        }
+        const qint64 stuckChange = pasteboard->changeCount();
+        ASSERT_TRUE(WlClipboard::copy("après le silence"));
+        EXPECT_TRUE(QTest::qWaitFor(
+            [&] {
+                return pasteboard->changeCount() != stuckChange
+                    && pasteboard->data(PasteboardTypes::string) == "après le silence";
+            },
+            5000))
+            << copyAtOnce;
     }
 }
