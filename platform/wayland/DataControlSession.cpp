@@ -22,6 +22,7 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <condition_variable>
 #include <cstring>
 #include <mutex>
 #include <optional>
@@ -106,7 +107,10 @@ struct DataControlSession::Worker {
     std::atomic<quint64> m_generation = 0;
     std::atomic<bool> m_unowned = true;
     std::mutex m_mutex;
-    std::optional<ClipboardSnapshot> m_pendingServe;
+    std::optional<std::pair<ClipboardSnapshot, quint64>> m_pendingServe;
+    // The generation of the last contents of ours the compositor was sent.
+    quint64 m_appliedGeneration = 0;
+    std::condition_variable m_applied;
     std::optional<std::pair<quint64, ReadScope>> m_pendingRead;
     bool m_stopping = false;
 
@@ -390,7 +394,7 @@ Wake DataControlSession::Worker::wait(int dataFd, std::optional<Clock::time_poin
 
 void DataControlSession::Worker::applyCommands()
 {
-    std::optional<ClipboardSnapshot> serve;
+    std::optional<std::pair<ClipboardSnapshot, quint64>> serve;
     {
         std::lock_guard lock(m_mutex);
         serve = std::exchange(m_pendingServe, std::nullopt);
@@ -398,7 +402,7 @@ void DataControlSession::Worker::applyCommands()
     if (!serve)
         return;
     wl_proxy *previous = std::exchange(m_ownSource, nullptr);
-    m_served = *serve;
+    m_served = std::move(serve->first);
     if (m_served.types.isEmpty()) {
         setSelection(nullptr);
         m_ownClearPending = true;
@@ -417,6 +421,11 @@ void DataControlSession::Worker::applyCommands()
     if (previous)
         destroySource(previous);
     wl_display_flush(m_display);
+    {
+        std::lock_guard lock(m_mutex);
+        m_appliedGeneration = serve->second;
+    }
+    m_applied.notify_all();
 }
 
 void DataControlSession::Worker::selectionChanged(wl_proxy *offer)
@@ -650,13 +659,15 @@ void DataControlSession::read(quint64 generation, ReadScope scope)
 
 quint64 DataControlSession::serve(const ClipboardSnapshot &snapshot)
 {
-    {
-        std::lock_guard lock(m_worker->m_mutex);
-        m_worker->m_pendingServe = snapshot;
-    }
+    std::unique_lock lock(m_worker->m_mutex);
     const quint64 generation = ++m_worker->m_generation;
+    m_worker->m_pendingServe = { snapshot, generation };
     const uint64_t one = 1;
     [[maybe_unused]] const ssize_t written = ::write(m_worker->m_wakeFd, &one, sizeof one);
+    // A paste may follow at once: the compositor must have our contents
+    // first. A worker busy with a slow reader is not waited for long.
+    m_worker->m_applied.wait_for(lock, std::chrono::seconds(1),
+        [&] { return m_worker->m_appliedGeneration >= generation || m_worker->m_stopping; });
     return generation;
 }
 

@@ -48,7 +48,8 @@ void WaylandPasteboard::write(QMimeData *data)
 {
     const std::unique_ptr<QMimeData> owned(data);
     ClipboardSnapshot snapshot = ClipboardSnapshot::fromMimeData(*owned);
-    publishAt(m_session->serve(snapshot), std::move(snapshot), true);
+    const quint64 generation = m_session->serve(snapshot);
+    publishAt(generation, std::move(snapshot), true);
 }
 
 void WaylandPasteboard::onSelectionAnnounced(quint64 generation, bool empty)
