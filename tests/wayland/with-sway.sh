@@ -29,6 +29,11 @@ if [ "$(id -u)" -eq 0 ]; then
     asUser=(setpriv --reuid=nobody --regid=nogroup --clear-groups)
 fi
 chmod 700 "$runtime"
+if [ ${#asUser[@]} -gt 0 ] && ! "${asUser[@]}" test -x "$(command -v "$1")"; then
+    echo "${0##*/}: nobody cannot run $1: the build folder and the ones above it must be readable by all" >&2
+    rm -rf "$runtime"
+    exit 1
+fi
 swayPid=
 cleanup() {
     [ -z "$swayPid" ] || kill "$swayPid" 2>/dev/null
