@@ -29,7 +29,7 @@ if [ "$(id -u)" -eq 0 ]; then
     asUser=(setpriv --reuid=nobody --regid=nogroup --clear-groups)
 fi
 chmod 700 "$runtime"
-if [ ${#asUser[@]} -gt 0 ] && ! "${asUser[@]}" test -x "$(command -v "$1")"; then
+if [ ${#asUser[@]} -gt 0 ] && [[ "$1" == */* ]] && ! "${asUser[@]}" test -x "$1"; then
     echo "${0##*/}: nobody cannot run $1: the build folder and the ones above it must be readable by all" >&2
     rm -rf "$runtime"
     exit 1
