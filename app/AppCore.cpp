@@ -19,11 +19,13 @@ QPointer<AppCore> sharedCore;
 
 } // namespace
 
-AppCore::AppCore(AppSettings &settings, const QString &historyDir, PlatformServices platform, QObject *parent)
+AppCore::AppCore(AppSettings &settings, const QString &historyDir, PlatformServices platform,
+    UpdaterController &updater, QObject *parent)
     : QObject(parent)
     , m_settings(settings)
     , m_store(settings, historyDir)
     , m_platform(platform)
+    , m_updater(updater)
 {
 }
 
@@ -48,8 +50,7 @@ void AppCore::start()
     m_hotkey = std::make_unique<GlobalHotKey>(m_platform.keyGrabber);
     applyHotkey();
     connect(&m_settings, &AppSettings::hotkeyChanged, this, &AppCore::applyHotkey);
-    // Its first access starts the automatic checks.
-    UpdaterController::shared();
+    m_updater.startAutomaticChecks();
     m_statusMenu = std::make_unique<StatusMenu>(*this);
     SettingsWindow::shared().setModel(m_settings, m_store);
 }
@@ -82,7 +83,7 @@ void AppCore::openSettingsAction()
 
 void AppCore::checkUpdatesAction()
 {
-    UpdaterController::shared().checkForUpdates();
+    m_updater.checkForUpdates();
 }
 
 void AppCore::quit()

@@ -13,6 +13,7 @@ class ClipboardWatcher;
 class GlobalHotKey;
 class PanelController;
 class StatusMenu;
+class UpdaterController;
 
 // The running app: owns the history and every part that feeds or shows it,
 // and carries out the tray menu's commands.
@@ -20,8 +21,10 @@ class AppCore : public QObject {
     Q_OBJECT
 
 public:
-    // Loads the history from historyDir. Nothing runs until start().
-    AppCore(AppSettings &settings, const QString &historyDir, PlatformServices platform, QObject *parent = nullptr);
+    // Loads the history from historyDir. Nothing runs until start(), which
+    // also starts the automatic checks of updater, which outlives the core.
+    AppCore(AppSettings &settings, const QString &historyDir, PlatformServices platform, UpdaterController &updater,
+        QObject *parent = nullptr);
     ~AppCore() override;
 
     // The started core, once start() has begun.
@@ -50,6 +53,7 @@ private:
     AppSettings &m_settings;
     ClipboardStore m_store;
     PlatformServices m_platform;
+    UpdaterController &m_updater;
     std::unique_ptr<PanelController> m_panelController;
     std::unique_ptr<ClipboardWatcher> m_watcher;
     std::unique_ptr<GlobalHotKey> m_hotkey;

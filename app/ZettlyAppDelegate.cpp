@@ -8,6 +8,7 @@
 #include "Pasteboard.h"
 #include "SessionPasteboard.h"
 #include "SettingsWindow.h"
+#include "UpdaterController.h"
 #include "WorkspaceWindowActivation.h"
 #include "X11ClickMonitor.h"
 #include "X11KeyGrabber.h"
@@ -31,7 +32,7 @@ bool ZettlyAppDelegate::applicationDidFinishLaunching()
     m_keyGrabber = std::make_unique<X11KeyGrabber>();
     m_clickMonitor = std::make_unique<X11ClickMonitor>();
     m_core = std::make_unique<AppCore>(AppSettings::shared(), HistoryFolder::standardPath(),
-        PlatformServices { *m_pasteboard, *m_workspace, *m_keyGrabber, *m_clickMonitor });
+        PlatformServices { *m_pasteboard, *m_workspace, *m_keyGrabber, *m_clickMonitor }, UpdaterController::shared());
     m_core->start();
     QObject::connect(&m_channel, &InstanceChannel::commandReceived, &m_channel,
         [this](InstanceChannel::Command command) { onCommandReceived(command); });

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "InstanceChannel.h"
+#include "TerminationSignals.h"
 #include "Workspace.h"
 #include "X11Display.h"
 #include "ZettlyAppDelegate.h"
@@ -118,6 +119,9 @@ int main(int argc, char *argv[])
     // A tray app: closing the preferences must not end it.
     QApplication::setQuitOnLastWindowClosed(false);
 
+    // Made before the delegate, so that it outlives the saves the delegate's
+    // end finishes.
+    const TerminationSignals termination;
     ZettlyAppDelegate delegate;
     if (!delegate.applicationDidFinishLaunching())
         return 0;

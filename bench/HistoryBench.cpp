@@ -12,6 +12,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include <sys/resource.h>
+
 #include <algorithm>
 #include <random>
 #include <string>
@@ -29,6 +31,10 @@ struct Shape {
 constexpr Shape small { 2'000, 200 };
 // 200 entries of 100 KB: about 20 MB of long copies.
 constexpr Shape large { 200, 100'000 };
+// The whole-history bound: 256 entries of 1 Mi characters, run alone for
+// its peak memory (a process's peak covers everything it ran before):
+//   zettly_bench --benchmark_filter=/bound
+constexpr Shape bound { 256, ClipboardStore::historyByteBudget / 256 - ClipboardStore::entryOverhead - 256 };
 
 // Words and punctuation as copied from prose and code, some of which JSON
 // must escape, plus a few letters outside ASCII.
@@ -66,8 +72,18 @@ QList<ClipItem> history(const Shape &shape)
     std::mt19937 random(shape.entries);
     QList<ClipItem> items;
     items.reserve(shape.entries);
+    // Long texts are made of a few distinct blocks: varied enough, and quick
+    // to build.
+    const qsizetype block = std::min<qsizetype>(shape.textLength, 100'000);
+    QStringList blocks;
+    for (int i = 0; i < 8; ++i)
+        blocks.append(sampleText(random, block));
     for (int i = 0; i < shape.entries; ++i) {
-        const QString text = sampleText(random, shape.textLength);
+        QString text;
+        text.reserve(shape.textLength);
+        for (qsizetype j = 0; text.size() < shape.textLength; ++j)
+            text += blocks.at((i + j * 3) % blocks.size());
+        text.truncate(shape.textLength);
         items.append(ClipItem {
             .kind = ClipKind::Text,
             .preview = text.left(200),
@@ -83,6 +99,9 @@ void reportFileSize(benchmark::State &state, qsizetype bytes)
 {
     state.SetBytesProcessed(state.iterations() * bytes);
     state.counters["file_MB"] = double(bytes) / 1e6;
+    struct rusage usage { };
+    ::getrusage(RUSAGE_SELF, &usage);
+    state.counters["peak_RSS_MB"] = double(usage.ru_maxrss) / 1024;
 }
 
 void BM_Encode(benchmark::State &state, Shape shape)
@@ -188,6 +207,24 @@ void BM_StoreAddToFullHistory(benchmark::State &state)
     reportFileSize(state, QFile(historyDir + QStringLiteral("/clips.json")).size());
 }
 
+// What a change costs the main thread on a history at the bound: the save
+// itself runs on the writer thread.
+void BM_StoreTogglePinAtBound(benchmark::State &state)
+{
+    QTemporaryDir dir;
+    AppSettings settings(dir.filePath(QStringLiteral("settings/defaults.json")));
+    const QString historyDir = dir.filePath(QStringLiteral("history"));
+    HistoryFolder(historyDir).save(history(bound));
+    ClipboardStore store(settings, historyDir);
+    if (store.items().size() != bound.entries)
+        state.SkipWithError("history did not load");
+    for (auto _ : state)
+        store.togglePin(store.items().constLast().id);
+    // After the timed loop: the saves still under way are not counted.
+    store.flush();
+    reportFileSize(state, QFile(historyDir + QStringLiteral("/clips.json")).size());
+}
+
 } // namespace
 
 namespace {
@@ -202,7 +239,8 @@ benchmark::internal::Benchmark *timed(benchmark::internal::Benchmark *benchmark)
 }
 
 const int registered = [] {
-    for (const auto &[name, shape] : { std::pair { "small", small }, std::pair { "large", large } }) {
+    for (const auto &[name, shape] :
+        { std::pair { "small", small }, std::pair { "large", large }, std::pair { "bound", bound } }) {
         const std::string suffix = std::string("/") + name;
         timed(benchmark::RegisterBenchmark(("BM_Load" + suffix).c_str(), BM_Load, shape));
         timed(benchmark::RegisterBenchmark(("BM_ReadFile" + suffix).c_str(), BM_ReadFile, shape));
@@ -212,6 +250,7 @@ const int registered = [] {
         timed(benchmark::RegisterBenchmark(("BM_WriteFile" + suffix).c_str(), BM_WriteFile, shape));
     }
     timed(benchmark::RegisterBenchmark("BM_StoreAddToFullHistory", BM_StoreAddToFullHistory));
+    timed(benchmark::RegisterBenchmark("BM_StoreTogglePinAtBound", BM_StoreTogglePinAtBound));
     return 0;
 }();
 

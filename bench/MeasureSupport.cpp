@@ -11,27 +11,28 @@
 
 namespace MeasureSupport {
 
-QList<ClipItem> fillerHistory(qint64 count)
+QList<ClipItem> fillerHistory(qint64 count, qsizetype textLength)
 {
     QList<ClipItem> items;
     items.reserve(count);
     const double now = ClipItem::now();
     for (qint64 i = 0; i < count; ++i) {
         QString text = QStringLiteral("Entrée ancienne n° ") + QString::number(i) + QStringLiteral(" : ");
-        while (text.size() < 200)
+        text.reserve(textLength + 40);
+        while (text.size() < textLength)
             text += QStringLiteral("du texte copié auparavant, ");
-        text.truncate(200);
-        items.append(
-            ClipItem { .kind = ClipKind::Text, .preview = text, .fullText = text, .createdAt = now - double(i) });
+        text.truncate(textLength);
+        items.append(ClipItem {
+            .kind = ClipKind::Text, .preview = text.left(200), .fullText = text, .createdAt = now - double(i) });
     }
     return items;
 }
 
-void prefillHistory(const QString &historyDir, const QString &settingsPath, qint64 count)
+void prefillHistory(const QString &historyDir, const QString &settingsPath, qint64 count, qsizetype textLength)
 {
     HistoryFolder folder(historyDir);
     if (count > 0)
-        folder.save(fillerHistory(count));
+        folder.save(fillerHistory(count, textLength));
     if (count > AppSettings::defaultHistoryLimit)
         AppSettings(settingsPath).setHistoryLimit(count);
 }

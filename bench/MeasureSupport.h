@@ -22,11 +22,12 @@ struct CommandLine {
 };
 std::optional<CommandLine> parseCommandLine(int argc, char *argv[], const QStringList &countNames);
 
-// Entries of about 200 characters, each different, newest first.
-QList<ClipItem> fillerHistory(qint64 count);
+// Entries of textLength characters (200 unless told), each different, newest
+// first.
+QList<ClipItem> fillerHistory(qint64 count, qsizetype textLength = 200);
 // Makes the history folder and gives it count filler entries, raising the
 // limit in the settings file when the default would cut them.
-void prefillHistory(const QString &historyDir, const QString &settingsPath, qint64 count);
+void prefillHistory(const QString &historyDir, const QString &settingsPath, qint64 count, qsizetype textLength = 200);
 // A "Name:   123 kB" line of /proc/<pid>/smaps_rollup, in KiB.
 std::optional<qint64> smapsKiB(qint64 pid, const QByteArray &name);
 double median(QList<double> values);

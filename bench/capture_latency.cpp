@@ -3,7 +3,7 @@
 // what a clipboard owner that never answers costs: main-thread stalls, and the
 // delay before the next copy is recorded. Reports figures, asserts nothing.
 //
-//   capture_latency [--history N] [--copies N] [--frozen N] [--app /path/to/zettly]
+//   capture_latency [--history N [--entry-chars N]] [--copies N] [--frozen N] [--app /path/to/zettly]
 //   capture_latency --big MiB --app /path/to/zettly
 //
 // Without --app, the app's objects run in this process on temporary folders,
@@ -59,6 +59,8 @@ constexpr auto frozenSettle = 700ms;
 struct Options {
     qint64 history = 0;
     qint64 bigMiB = 0;
+    // Characters of each filler entry's text.
+    qint64 entryChars = 200;
     int copies = 20;
     int frozenRuns = 5;
     QString appPath;
@@ -89,12 +91,14 @@ double milliseconds(Clock::duration duration)
 std::optional<Options> parseOptions(int argc, char *argv[])
 {
     const auto line = MeasureSupport::parseCommandLine(argc, argv,
-        { QStringLiteral("history"), QStringLiteral("copies"), QStringLiteral("frozen"), QStringLiteral("big") });
+        { QStringLiteral("history"), QStringLiteral("entry-chars"), QStringLiteral("copies"),
+            QStringLiteral("frozen"), QStringLiteral("big") });
     if (!line || line->counts.value(QStringLiteral("copies"), 1) == 0)
         return std::nullopt;
     Options options;
     options.appPath = line->appPath;
     options.history = line->counts.value(QStringLiteral("history"), options.history);
+    options.entryChars = line->counts.value(QStringLiteral("entry-chars"), options.entryChars);
     options.copies = int(line->counts.value(QStringLiteral("copies"), options.copies));
     options.frozenRuns = int(line->counts.value(QStringLiteral("frozen"), options.frozenRuns));
     options.bigMiB = line->counts.value(QStringLiteral("big"), 0);
@@ -355,7 +359,7 @@ int runInProcess(int argc, char *argv[], const Options &options)
     QGuiApplication::setQuitOnLastWindowClosed(false);
     const QString historyPath = home.filePath(QStringLiteral("Zettly"));
     if (options.history > 0)
-        HistoryFolder(historyPath).save(MeasureSupport::fillerHistory(options.history));
+        HistoryFolder(historyPath).save(MeasureSupport::fillerHistory(options.history, options.entryChars));
 
     // As main.cpp builds it, on temporary folders.
     AppSettings settings(home.filePath(QStringLiteral("defaults.json")));
@@ -395,7 +399,8 @@ int runApp(int argc, char *argv[], const Options &options)
     const QString configHome = home.filePath(QStringLiteral("config"));
     const QString historyPath = dataHome + QStringLiteral("/Zettly");
     // Also makes the folder, which the watch needs before zettly starts.
-    MeasureSupport::prefillHistory(historyPath, configHome + QStringLiteral("/Zettly/defaults.json"), options.history);
+    MeasureSupport::prefillHistory(
+        historyPath, configHome + QStringLiteral("/Zettly/defaults.json"), options.history, options.entryChars);
 
     HistoryFileWatch watch(historyPath);
     if (!watch.isValid())
@@ -445,7 +450,7 @@ int main(int argc, char *argv[])
     const std::optional<Options> options = parseOptions(argc, argv);
     if (!options) {
         std::fprintf(stderr,
-            "usage: %s [--history N] [--copies N] [--frozen N] [--app /path/to/zettly]\n"
+            "usage: %s [--history N [--entry-chars N]] [--copies N] [--frozen N] [--app /path/to/zettly]\n"
             "       %s --big MiB --app /path/to/zettly\n",
             argv[0], argv[0]);
         return 2;

@@ -14,6 +14,13 @@ bool equal(const QString &a, const QString &b)
     return a.normalized(QString::NormalizationForm_D) == b.normalized(QString::NormalizationForm_D);
 }
 
+bool equal(const std::optional<QString> &a, const std::optional<QString> &b)
+{
+    if (a.has_value() != b.has_value())
+        return false;
+    return !a || equal(*a, *b);
+}
+
 size_t hash(const QString &text, size_t seed)
 {
     return qHash(text.normalized(QString::NormalizationForm_D), seed);

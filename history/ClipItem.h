@@ -3,7 +3,6 @@
 
 #include "ClipKind.h"
 
-#include <QJsonObject>
 #include <QString>
 #include <QStringList>
 #include <QUuid>
@@ -37,10 +36,6 @@ struct ClipItem {
     // left out, the id in upper case, createdAt exact to the last bit.
     QByteArray toJson() const;
     void appendJson(QByteArray &out) const;
-    // All or nothing: a missing or mistyped required key, an unknown kind or
-    // an id that is not a UUID gives no entry. Unknown keys are ignored; null
-    // optionals read as absent.
-    static std::optional<ClipItem> fromJson(const QJsonObject &object);
 };
 
 // All nine fields equal; texts under canonical equivalence, createdAt to the

@@ -47,28 +47,44 @@ std::optional<std::pair<qsizetype, qsizetype>> singleMove(const QList<QUuid> &fr
     return std::nullopt;
 }
 
-bool sameOptionalText(const std::optional<QString> &a, const std::optional<QString> &b)
-{
-    if (a.has_value() != b.has_value())
-        return false;
-    return !a || CanonicalText::equal(*a, *b);
-}
-
 // Only what the user would see as the same clip: where it came from, when, and
 // which file holds an image do not count.
 bool isRepeat(const ClipItem &newest, const ClipItem &candidate)
 {
     return newest.kind == candidate.kind && CanonicalText::equal(newest.preview, candidate.preview)
-        && sameOptionalText(newest.fullText, candidate.fullText);
+        && CanonicalText::equal(newest.fullText, candidate.fullText);
+}
+
+qint64 pinnedSize(const QList<ClipItem> &items)
+{
+    qint64 size = 0;
+    for (const ClipItem &item : items) {
+        if (item.pinned)
+            size += ClipboardStore::storedSize(item);
+    }
+    return size;
 }
 
 } // namespace
+
+qint64 ClipboardStore::storedSize(const ClipItem &item)
+{
+    qint64 size = entryOverhead + item.preview.size();
+    for (const auto *text : { &item.fullText, &item.imageRelPath, &item.sourceApp })
+        size += text->has_value() ? (*text)->size() : 0;
+    if (item.filePaths) {
+        for (const QString &path : *item.filePaths)
+            size += path.size() + 3;
+    }
+    return size;
+}
 
 ClipboardStore::ClipboardStore(const AppSettings &settings, const QString &dirPath, QObject *parent)
     : QObject(parent)
     , m_settings(settings)
     , m_folder(dirPath)
     , m_items(m_folder.load())
+    , m_writer(m_folder)
 {
 }
 
@@ -82,6 +98,9 @@ void ClipboardStore::add(const ClipItem &item)
     const auto newestUnpinned
         = std::find_if(m_items.cbegin(), m_items.cend(), [](const ClipItem &entry) { return !entry.pinned; });
     if (newestUnpinned != m_items.cend() && isRepeat(*newestUnpinned, item))
+        return;
+    // Dropping every unpinned entry would not make room for it.
+    if (pinnedSize(m_items) + storedSize(item) > historyByteBudget)
         return;
 
     ClipItem stored = item;
@@ -98,11 +117,19 @@ void ClipboardStore::enforceLimit()
     const qint64 limit = std::max<qint64>(1, m_settings.historyLimit());
     QList<ClipItem> pinned;
     QList<ClipItem> kept;
+    qint64 size = pinnedSize(m_items);
+    bool full = false;
     for (const ClipItem &item : std::as_const(m_items)) {
-        if (item.pinned)
+        if (item.pinned) {
             pinned.append(item);
-        else if (kept.size() < limit)
-            kept.append(item);
+        } else if (!full && kept.size() < limit) {
+            // Newest first: the first entry that does not fit goes, and every
+            // older one with it.
+            size += storedSize(item);
+            full = size > historyByteBudget;
+            if (!full)
+                kept.append(item);
+        }
     }
     assignItems(pinned + kept);
 }
@@ -222,8 +249,13 @@ bool ClipboardStore::applyInSteps(const QList<ClipItem> &target)
     return true;
 }
 
-void ClipboardStore::save() const
+void ClipboardStore::flush()
+{
+    m_writer.flush();
+}
+
+void ClipboardStore::save()
 {
     // A failed save keeps the change in memory and the previous file on disk.
-    m_folder.save(m_items);
+    m_writer.save(m_items);
 }

@@ -3,6 +3,7 @@
 
 #include "ClipItem.h"
 #include "HistoryFolder.h"
+#include "HistoryWriter.h"
 
 #include <QList>
 #include <QObject>
@@ -10,12 +11,22 @@
 class AppSettings;
 
 // The clipboard history: pinned entries first, then the others, newest first.
-// The only writer of the list; every change is saved at once, so the file
-// always holds the last change.
+// The only writer of the list. Every change is saved at once, on a writer
+// thread; the store waits for that save to finish when it is destroyed, so the
+// file holds the last change once the store is gone.
 class ClipboardStore : public QObject {
     Q_OBJECT
 
 public:
+    // The whole history's size bound, counted as one byte per UTF-16 unit of
+    // its texts plus entryOverhead per entry: about the size of clips.json for
+    // ASCII text (up to three times that for other scripts, six if every
+    // character were a control character). Everything within it loads back.
+    static constexpr qint64 historyByteBudget = 256 * 1024 * 1024;
+    // An entry's members other than its texts, as written.
+    static constexpr qint64 entryOverhead = 128;
+    static qint64 storedSize(const ClipItem &item);
+
     // Prepares the folder at dirPath and loads its history. The limit is read
     // from settings at each trim.
     ClipboardStore(const AppSettings &settings, const QString &dirPath, QObject *parent = nullptr);
@@ -26,10 +37,14 @@ public:
     QString imagePath(const ClipItem &item) const;
 
     // Stores a capture under a fresh id at the top, unless it repeats the
-    // newest unpinned entry (same kind, preview and full text).
+    // newest unpinned entry (same kind, preview and full text), or it does
+    // not fit beside the pinned entries within historyByteBudget: such a copy
+    // is not kept, and the history stays as it was.
     void add(const ClipItem &item);
     // Keeps the newest historyLimit unpinned entries (at least one) behind the
-    // pinned ones. Deletes no file and does not save.
+    // pinned ones, fewer when they would take the history past
+    // historyByteBudget: the oldest go first. Pinned entries always stay.
+    // Deletes no file and does not save.
     void enforceLimit();
     // Flips the entry's pin and sorts: pinned first, then newest first, ties
     // in their previous order. An unknown id changes and saves nothing.
@@ -39,6 +54,8 @@ public:
     void remove(const QUuid &id);
     // Removes every unpinned entry and their image files; saves.
     void clearUnpinned();
+    // Returns once the file holds the last change (or its save failed).
+    void flush();
 
 Q_SIGNALS:
     // Sent before each change of items().
@@ -67,9 +84,11 @@ private:
     // Turns items() into target one announced step at a time; false, having
     // done nothing, when that would take more than a few steps.
     bool applyInSteps(const QList<ClipItem> &target);
-    void save() const;
+    void save();
 
     const AppSettings &m_settings;
     HistoryFolder m_folder;
     QList<ClipItem> m_items;
+    // Last: destroyed first, writing what is still waiting.
+    HistoryWriter m_writer;
 };

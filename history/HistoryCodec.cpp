@@ -1,19 +1,344 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "HistoryCodec.h"
 
+#include "JsonReader.h"
 #include "JsonWriter.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
+#include <simdjson.h>
+
+#include <cstring>
+#include <string_view>
 
 namespace HistoryCodec {
+
+namespace {
+
+namespace od = simdjson::ondemand;
+
+// Arrays and objects nest at most this deep, the history's own array
+// counting as the first level: a file nested deeper never loaded.
+constexpr int maxNesting = 1024;
+
+// What a member of an entry held. A name given twice counts with its last
+// value, as it always has.
+template<typename T> struct Member {
+    enum State { Missing, Null, Mistyped, Given } state = Missing;
+    T value {};
+
+    bool isGiven() const { return state == Given; }
+    // Optional members: missing or null is no value; any other type fails.
+    bool readInto(std::optional<T> &out) const
+    {
+        if (state == Given)
+            out = value;
+        return state != Mistyped;
+    }
+};
+
+bool isSpace(char c)
+{
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
+// A number may also start with its decimal point, as it always could.
+bool typeOf(od::value &value, od::json_type &type)
+{
+    if (!value.type().get(type))
+        return true;
+    type = od::json_type::number;
+    return value.raw_json_token().starts_with('.');
+}
+
+enum class Name { Id, Kind, Preview, FullText, ImageRelPath, FilePaths, Pinned, CreatedAt, SourceApp, Other };
+
+Name nameOf(std::u16string_view name)
+{
+    static constexpr std::pair<std::u16string_view, Name> known[] {
+        { u"id", Name::Id },
+        { u"kind", Name::Kind },
+        { u"preview", Name::Preview },
+        { u"fullText", Name::FullText },
+        { u"imageRelPath", Name::ImageRelPath },
+        { u"filePaths", Name::FilePaths },
+        { u"pinned", Name::Pinned },
+        { u"createdAt", Name::CreatedAt },
+        { u"sourceApp", Name::SourceApp },
+    };
+    for (const auto &[text, value] : known) {
+        if (text == name)
+            return value;
+    }
+    return Name::Other;
+}
+
+class EntryReader {
+public:
+    explicit EntryReader(const char *end)
+        : m_end(end)
+    {
+    }
+
+    // Checks a value the entry does not use as strictly as one it uses: the
+    // file is well-formed JSON throughout or not read at all.
+    bool skip(od::value &value, int level)
+    {
+        od::json_type type;
+        if (!typeOf(value, type))
+            return false;
+        switch (type) {
+        case od::json_type::array: {
+            od::array array;
+            if (level + 1 > maxNesting || value.get_array().get(array))
+                return false;
+            for (auto element : array) {
+                od::value inner;
+                if (std::move(element).get(inner) || !skip(inner, level + 1))
+                    return false;
+            }
+            return true;
+        }
+        case od::json_type::object: {
+            od::object object;
+            if (level + 1 > maxNesting || value.get_object().get(object))
+                return false;
+            for (auto member : object) {
+                od::field field;
+                if (std::move(member).get(field) || !JsonReader::readString(field.key().raw(), m_end, nullptr)
+                    || !skip(field.value(), level + 1))
+                    return false;
+            }
+            return true;
+        }
+        case od::json_type::number:
+            return number(value).has_value();
+        case od::json_type::string:
+            return text(value, nullptr);
+        case od::json_type::boolean: {
+            bool ignored = false;
+            return !value.get_bool().get(ignored);
+        }
+        case od::json_type::null: {
+            bool isNull = false;
+            return !value.is_null().get(isNull) && isNull;
+        }
+        }
+        return false;
+    }
+
+    bool read(od::value &value, Member<QString> &member, int level)
+    {
+        od::json_type type;
+        if (!typeOf(value, type))
+            return false;
+        if (type != od::json_type::string)
+            return other(value, type, member.state, level);
+        member.state = Member<QString>::Given;
+        return text(value, &member.value);
+    }
+
+    bool read(od::value &value, Member<bool> &member, int level)
+    {
+        od::json_type type;
+        if (!typeOf(value, type))
+            return false;
+        if (type != od::json_type::boolean)
+            return other(value, type, member.state, level);
+        member.state = Member<bool>::Given;
+        return !value.get_bool().get(member.value);
+    }
+
+    bool read(od::value &value, Member<double> &member, int level)
+    {
+        od::json_type type;
+        if (!typeOf(value, type))
+            return false;
+        if (type != od::json_type::number)
+            return other(value, type, member.state, level);
+        const auto parsed = number(value);
+        member.state = Member<double>::Given;
+        member.value = parsed.value_or(0);
+        return parsed.has_value();
+    }
+
+    bool read(od::value &value, Member<QStringList> &member, int level)
+    {
+        od::json_type type;
+        if (!typeOf(value, type))
+            return false;
+        if (type != od::json_type::array)
+            return other(value, type, member.state, level);
+        od::array array;
+        if (level + 1 > maxNesting || value.get_array().get(array))
+            return false;
+        member.state = Member<QStringList>::Given;
+        member.value.clear();
+        for (auto element : array) {
+            od::value inner;
+            od::json_type innerType;
+            if (std::move(element).get(inner) || !typeOf(inner, innerType))
+                return false;
+            if (innerType != od::json_type::string) {
+                member.state = Member<QStringList>::Mistyped;
+                if (!skip(inner, level + 1))
+                    return false;
+                continue;
+            }
+            QString path;
+            if (!text(inner, &path))
+                return false;
+            member.value.append(std::move(path));
+        }
+        return true;
+    }
+
+    // The member's name, unescaped.
+    std::optional<Name> name(const od::field &field) const
+    {
+        const char *raw = field.key().raw();
+        const char *quote = static_cast<const char *>(std::memchr(raw, '"', size_t(m_end - raw)));
+        if (quote && !std::memchr(raw, '\\', size_t(quote - raw))) {
+            // Plain ASCII names compare without a copy.
+            char16_t wide[16];
+            const qsizetype length = quote - raw;
+            if (length > qsizetype(std::size(wide)))
+                return Name::Other;
+            for (qsizetype i = 0; i < length; ++i)
+                wide[i] = static_cast<unsigned char>(raw[i]);
+            return nameOf(std::u16string_view(wide, size_t(length)));
+        }
+        QString unescaped;
+        if (!JsonReader::readString(raw, m_end, &unescaped))
+            return std::nullopt;
+        return nameOf(
+            std::u16string_view(reinterpret_cast<const char16_t *>(unescaped.utf16()), size_t(unescaped.size())));
+    }
+
+private:
+    template<typename State> bool other(od::value &value, od::json_type type, State &state, int level)
+    {
+        state = type == od::json_type::null ? State::Null : State::Mistyped;
+        return skip(value, level);
+    }
+
+    bool text(od::value &value, QString *out)
+    {
+        od::raw_json_string raw;
+        return !value.get_raw_json_string().get(raw) && JsonReader::readString(raw.raw(), m_end, out);
+    }
+
+    static std::optional<double> number(od::value &value)
+    {
+        std::string_view token = value.raw_json_token();
+        // The token runs up to the next structural character, spaces included.
+        while (!token.empty() && isSpace(token.back()))
+            token.remove_suffix(1);
+        return JsonReader::readNumber(token);
+    }
+
+    const char *m_end;
+};
+
+// Only the canonical 8-4-4-4-12 form: QUuid alone would also take braces.
+std::optional<QUuid> parseUuid(const QString &text)
+{
+    if (text.size() != 36)
+        return std::nullopt;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t c = text.at(i).unicode();
+        const bool hyphenPlace = i == 8 || i == 13 || i == 18 || i == 23;
+        const bool hex = (c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'f') || (c >= u'A' && c <= u'F');
+        if (hyphenPlace ? c != u'-' : !hex)
+            return std::nullopt;
+    }
+    return QUuid::fromString(text);
+}
+
+// One entry, or none for malformed JSON or JSON that is no entry: a
+// required member missing, null or mistyped, an unknown kind, an id that is
+// not a UUID, an optional member of the wrong type.
+std::optional<ClipItem> readEntry(od::object &object, EntryReader &reader)
+{
+    Member<QString> id, kind, preview, fullText, imageRelPath, sourceApp;
+    Member<QStringList> filePaths;
+    Member<bool> pinned;
+    Member<double> createdAt;
+    constexpr int level = 2;
+    for (auto member : object) {
+        od::field field;
+        if (std::move(member).get(field))
+            return std::nullopt;
+        const auto name = reader.name(field);
+        if (!name)
+            return std::nullopt;
+        od::value &value = field.value();
+        bool wellFormed = false;
+        switch (*name) {
+        case Name::Id:
+            wellFormed = reader.read(value, id, level);
+            break;
+        case Name::Kind:
+            wellFormed = reader.read(value, kind, level);
+            break;
+        case Name::Preview:
+            wellFormed = reader.read(value, preview, level);
+            break;
+        case Name::FullText:
+            wellFormed = reader.read(value, fullText, level);
+            break;
+        case Name::ImageRelPath:
+            wellFormed = reader.read(value, imageRelPath, level);
+            break;
+        case Name::FilePaths:
+            wellFormed = reader.read(value, filePaths, level);
+            break;
+        case Name::Pinned:
+            wellFormed = reader.read(value, pinned, level);
+            break;
+        case Name::CreatedAt:
+            wellFormed = reader.read(value, createdAt, level);
+            break;
+        case Name::SourceApp:
+            wellFormed = reader.read(value, sourceApp, level);
+            break;
+        case Name::Other:
+            wellFormed = reader.skip(value, level);
+            break;
+        }
+        if (!wellFormed)
+            return std::nullopt;
+    }
+
+    if (!id.isGiven() || !kind.isGiven() || !preview.isGiven() || !pinned.isGiven() || !createdAt.isGiven())
+        return std::nullopt;
+    const auto uuid = parseUuid(id.value);
+    const auto clipKind = clipKindFromName(kind.value);
+    if (!uuid || !clipKind)
+        return std::nullopt;
+    ClipItem item {
+        .id = *uuid,
+        .kind = *clipKind,
+        .preview = preview.value,
+        .pinned = pinned.value,
+        .createdAt = createdAt.value,
+    };
+    if (!fullText.readInto(item.fullText) || !imageRelPath.readInto(item.imageRelPath)
+        || !filePaths.readInto(item.filePaths) || !sourceApp.readInto(item.sourceApp))
+        return std::nullopt;
+    // Short texts are their own preview: one shared string instead of two
+    // copies, which for a full history is most of its memory.
+    if (item.fullText && *item.fullText == item.preview)
+        item.preview = *item.fullText;
+    return item;
+}
+
+} // namespace
 
 QByteArray encode(const QList<ClipItem> &items)
 {
     // One allocation in the common case (mostly ASCII text): room for the
     // texts, the other members, and the worst-case escaping of one chunk,
     // which each string write reserves before it shrinks to what it used.
-    qsizetype expected = 2 + JsonWriter::worstCaseChunkBytes;
+    qsizetype expected = 2 + JsonWriter::worstCaseChunkBytes + readPadding;
     for (const ClipItem &item : items) {
         const qsizetype textLength = item.fullText ? item.fullText->size() : 0;
         expected += 200 + item.preview.size() + textLength + textLength / 4;
@@ -29,23 +354,49 @@ QByteArray encode(const QList<ClipItem> &items)
     out += ']';
     return out;
 }
+
 std::optional<QList<ClipItem>> decode(const QByteArray &bytes)
 {
-    QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(bytes, &error);
-    if (error.error != QJsonParseError::NoError || !document.isArray())
-        return std::nullopt;
-    const QJsonArray array = document.array();
-    QList<ClipItem> items;
-    items.reserve(array.size());
-    for (const QJsonValue &element : array) {
-        if (!element.isObject())
-            return std::nullopt;
-        auto item = ClipItem::fromJson(element.toObject());
-        if (!item)
-            return std::nullopt;
-        items.append(std::move(*item));
+    static_assert(readPadding >= simdjson::SIMDJSON_PADDING);
+    const char *data = bytes.constData();
+    size_t size = size_t(bytes.size());
+    // The parser reads a little past the end: use the bytes in place when
+    // their buffer has room for that, else a copy that has.
+    simdjson::padded_string copy;
+    if (bytes.capacity() - bytes.size() < qsizetype(simdjson::SIMDJSON_PADDING)) {
+        copy = simdjson::padded_string(data, size);
+        data = copy.data();
     }
+    // A byte-order mark was always taken.
+    if (size >= 3 && std::memcmp(data, "\xEF\xBB\xBF", 3) == 0) {
+        data += 3;
+        size -= 3;
+    }
+    const char *const end = data + size;
+
+    od::parser parser;
+    od::document document;
+    if (parser.allocate(size, 2 * maxNesting)
+        || parser.iterate(simdjson::padded_string_view(data, size, size + simdjson::SIMDJSON_PADDING)).get(document))
+        return std::nullopt;
+    od::array array;
+    if (document.get_array().get(array))
+        return std::nullopt;
+    EntryReader reader(end);
+    QList<ClipItem> items;
+    for (auto element : array) {
+        od::object object;
+        if (element.get_object().get(object))
+            return std::nullopt;
+        auto entry = readEntry(object, reader);
+        if (!entry)
+            return std::nullopt;
+        items.append(std::move(*entry));
+    }
+    // Nothing but spaces may follow the array.
+    const char *location = nullptr;
+    if (document.current_location().get(location) != simdjson::OUT_OF_BOUNDS)
+        return std::nullopt;
     return items;
 }
 

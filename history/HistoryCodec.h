@@ -12,9 +12,15 @@
 // history first.
 namespace HistoryCodec {
 
+// Spare bytes the decoder wants after the data it reads; bytes that come
+// with that much room beyond their size are read without a copy.
+constexpr qsizetype readPadding = 64;
+
 QByteArray encode(const QList<ClipItem> &items);
 // No value when the bytes are not such an array or any one entry is
-// malformed: a history is read whole or not at all.
+// malformed: a history is read whole or not at all. Unknown members are
+// ignored, null optionals read as absent, a member given twice counts once
+// with its last value.
 std::optional<QList<ClipItem>> decode(const QByteArray &bytes);
 
 } // namespace HistoryCodec

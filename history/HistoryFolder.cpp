@@ -33,8 +33,16 @@ QList<ClipItem> HistoryFolder::load()
     if (!file.exists())
         return {};
     if (file.open(QIODevice::ReadOnly)) {
-        if (auto items = HistoryCodec::decode(file.readAll()))
-            return std::move(*items);
+        // Read into a buffer with the room the decoder reads beyond the end,
+        // so that it needs no copy of a file that may be hundreds of MB.
+        QByteArray bytes;
+        bytes.reserve(file.size() + HistoryCodec::readPadding);
+        bytes.resize(file.size());
+        const qint64 read = file.read(bytes.data(), bytes.size());
+        if (read == bytes.size() && file.atEnd()) {
+            if (auto items = HistoryCodec::decode(bytes))
+                return std::move(*items);
+        }
     }
     const QString aside = PrivateFiles::moveAsideUnreadable(m_dbPath);
     // Saving over a file that could not be moved away would destroy it.

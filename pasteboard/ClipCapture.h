@@ -3,6 +3,7 @@
 
 #include "ClipItem.h"
 
+#include <QSize>
 #include <QString>
 
 #include <optional>

@@ -1,12 +1,19 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: GPL-3.0-or-later
-# Installs the Debian 12 packages that building, running and testing Zettly need.
+# Installs the Debian 12 packages Zettly needs.
+#
+#   install-deps.sh [app|all]
+#
+#   app   building and running the app only (what scripts/run.sh needs)
+#   all   also the tests, benchmarks, fuzzers and the packaging test (default)
+#
 # Safe to run again: packages already present are left as they are.
 set -euo pipefail
+group=${1:-all}
 
-packages=(
+app_packages=(
     # build
-    build-essential cmake ninja-build pkg-config git
+    build-essential cmake ninja-build pkg-config libsimdjson-dev
     # toolkit and platform
     qt6-base-dev qt6-base-dev-tools qt6-svg-dev qt6-image-formats-plugins qt6-qpa-plugins
     libgl-dev libx11-dev libx11-xcb-dev libxcb1-dev libxcb-xkb-dev libxcb-xtest0-dev libxcb-damage0-dev
@@ -14,8 +21,13 @@ packages=(
     adwaita-icon-theme
     # the Wayland clipboard (the wlr data-control protocol file comes with the Rust crate's package)
     libwayland-dev librust-wayland-protocols-dev qt6-wayland
-    # tests, benchmarks, fuzzing
+)
+test_packages=(
+    git
+    # tests, benchmarks, fuzzing (clang for libFuzzer; g++ comes with build-essential)
     libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev
+    # the update tests make a certificate for their local https server
+    openssl
     # real-X tests
     xvfb xauth x11-xkb-utils xkb-data openbox xdotool xclip x11-utils trayer
     # Wayland tests: a headless sway with XWayland, and native clients
@@ -25,6 +37,15 @@ packages=(
     # packaging test
     desktop-file-utils
 )
+
+case $group in
+app) packages=("${app_packages[@]}") ;;
+all) packages=("${app_packages[@]}" "${test_packages[@]}") ;;
+*)
+    echo "usage: ${0##*/} [app|all]" >&2
+    exit 2
+    ;;
+esac
 
 missing=()
 for p in "${packages[@]}"; do

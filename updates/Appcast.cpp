@@ -17,8 +17,6 @@ bool isRelease(const QXmlStreamReader &xml, QStringView name)
     return xml.name() == name && xml.namespaceUri() == Appcast::releaseNamespace;
 }
 
-// Only a web page is offered to the user: never a file: or other address.
-
 QString text(QXmlStreamReader &xml)
 {
     return xml.readElementText(QXmlStreamReader::SkipChildElements).trimmed();
@@ -102,6 +100,5 @@ std::optional<AppcastRelease> Appcast::newestRelease(const QByteArray &feed)
 QUrl Appcast::webUrl(QStringView text)
 {
     const QUrl url(text.trimmed().toString(), QUrl::StrictMode);
-    const bool web = url.scheme() == u"https" || url.scheme() == u"http";
-    return url.isValid() && web && !url.host().isEmpty() ? url : QUrl();
+    return url.isValid() && url.scheme() == u"https" && !url.host().isEmpty() ? url : QUrl();
 }

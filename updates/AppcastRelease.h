@@ -10,7 +10,7 @@ struct AppcastRelease {
     QString version;
     // Shown to the user; may be empty.
     QString shortVersion;
-    // The page or file to open for the download: http or https.
+    // The page or file to open for the download: always https.
     QUrl downloadUrl;
 
     friend bool operator==(const AppcastRelease &, const AppcastRelease &) = default;

@@ -13,7 +13,7 @@ class UpdateCheck : public QObject {
 
 public:
     enum class Failure {
-        // Not https nor http on this machine, or redirected elsewhere.
+        // Not https, or redirected away from https.
         BadAddress,
         // No answer: refused, unknown host, closed, timed out, TLS error.
         Unreachable,

@@ -54,7 +54,11 @@ void UpdateCheckProcess::check()
 {
     if (m_process.state() != QProcess::NotRunning)
         return;
-    m_process.start(m_helperPath, { m_feedUrl.toString(QUrl::FullyEncoded), m_currentVersion });
+    QStringList arguments;
+    if (!m_extraCaCertificatesFile.isEmpty())
+        arguments << QStringLiteral("--ca-certificates") << m_extraCaCertificatesFile;
+    arguments << m_feedUrl.toString(QUrl::FullyEncoded) << m_currentVersion;
+    m_process.start(m_helperPath, arguments);
     m_watchdog.start();
 }
 

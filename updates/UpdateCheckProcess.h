@@ -22,6 +22,10 @@ public:
 
     void check() override;
 
+    // A PEM file whose certificate authorities the helper trusts for the feed
+    // besides the system's: a private mirror's own, or a test server's.
+    void setExtraCaCertificatesFile(const QString &path) { m_extraCaCertificatesFile = path; }
+
     // What the helper prints for each outcome, one field a line.
     static QByteArray describeUpdate(const AppcastRelease &release);
     static QByteArray describeNoUpdate();
@@ -35,4 +39,5 @@ private:
     QString m_helperPath;
     QUrl m_feedUrl;
     QString m_currentVersion;
+    QString m_extraCaCertificatesFile;
 };

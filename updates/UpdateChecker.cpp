@@ -4,10 +4,10 @@
 #include "Appcast.h"
 #include "VersionComparison.h"
 
-#include <QHostAddress>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
+#include <QSslConfiguration>
 
 #include <utility>
 
@@ -58,12 +58,7 @@ UpdateChecker::~UpdateChecker()
 
 bool UpdateChecker::isAllowedAddress(const QUrl &url)
 {
-    if (!url.isValid() || url.host().isEmpty())
-        return false;
-    if (url.scheme() == u"https")
-        return true;
-    // Plain http only where nobody on the way can change the answer.
-    return url.scheme() == u"http" && (url.host() == u"localhost" || QHostAddress(url.host()).isLoopback());
+    return url.isValid() && url.scheme() == u"https" && !url.host().isEmpty();
 }
 
 void UpdateChecker::check()
@@ -94,6 +89,11 @@ void UpdateChecker::get(const QUrl &url)
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
     request.setTransferTimeout(static_cast<int>(m_timeout.count()));
     request.setHeader(QNetworkRequest::UserAgentHeader, QStringLiteral("Zettly"));
+    if (!m_extraCaCertificates.isEmpty()) {
+        QSslConfiguration tls = request.sslConfiguration();
+        tls.addCaCertificates(m_extraCaCertificates);
+        request.setSslConfiguration(tls);
+    }
     m_reply = m_manager->get(request);
     connect(m_reply, &QNetworkReply::readyRead, this, &UpdateChecker::onReadyRead);
     connect(m_reply, &QNetworkReply::finished, this, &UpdateChecker::onFinished);
@@ -139,8 +139,8 @@ void UpdateChecker::onFinished()
 
 void UpdateChecker::follow(const QUrl &target)
 {
-    // An https feed must not be sent to http, nor a local one away from here.
-    if (target.scheme() != m_feedUrl.scheme() || !isAllowedAddress(target))
+    // A redirect to plain http would let anyone on the way write the feed.
+    if (!isAllowedAddress(target))
         return fail(
             Failure::BadAddress, QStringLiteral("Le serveur des mises à jour renvoie vers une adresse refusée."));
     if (++m_redirects > maximumRedirects)

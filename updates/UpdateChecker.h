@@ -4,7 +4,9 @@
 #include "UpdateCheck.h"
 
 #include <QByteArray>
+#include <QList>
 #include <QObject>
+#include <QSslCertificate>
 #include <QUrl>
 
 #include <chrono>
@@ -34,7 +36,11 @@ public:
     // Longest wait for the server between two pieces of the answer.
     void setTimeout(std::chrono::milliseconds timeout) { m_timeout = timeout; }
 
-    // https anywhere, or http to this machine (for tests and local mirrors).
+    // Trusted for the feed besides the system's certificate authorities: a
+    // private mirror's own authority, or a test server's.
+    void setExtraCaCertificates(const QList<QSslCertificate> &certificates) { m_extraCaCertificates = certificates; }
+
+    // https with a host: nothing else is fetched, not even on this machine.
     static bool isAllowedAddress(const QUrl &url);
 
 private:
@@ -50,6 +56,7 @@ private:
     QNetworkAccessManager *m_manager;
     QUrl m_feedUrl;
     QString m_currentVersion;
+    QList<QSslCertificate> m_extraCaCertificates;
     std::chrono::milliseconds m_timeout = defaultTimeout;
     QNetworkReply *m_reply = nullptr;
     QByteArray m_body;

@@ -2,7 +2,6 @@
 #include "UpdaterController.h"
 
 #include "AppcastRelease.h"
-#include "UpdateChecker.h"
 #include "UpdateCheckProcess.h"
 #include "UpdateDialog.h"
 
@@ -24,18 +23,13 @@ QString displayed(const QString &shortVersion, const QString &version)
 
 } // namespace
 
-UpdaterController::UpdaterController(const QUrl &feedUrl, const QString &version, const QString &shortVersion,
-    AutomaticChecks automaticChecks, QObject *parent)
-    : UpdaterController(new UpdateChecker(feedUrl, version), version, shortVersion, automaticChecks, parent)
-{
-}
-
 UpdaterController::UpdaterController(UpdateCheck *check, const QString &version, const QString &shortVersion,
     AutomaticChecks automaticChecks, QObject *parent)
     : QObject(parent)
     , m_checker(check)
     , m_version(version)
     , m_shortVersion(shortVersion)
+    , m_automaticChecks(automaticChecks)
 {
     m_checker->setParent(this);
     connect(m_checker, &UpdateCheck::updateFound, this, &UpdaterController::onUpdateFound);
@@ -43,11 +37,6 @@ UpdaterController::UpdaterController(UpdateCheck *check, const QString &version,
     connect(m_checker, &UpdateCheck::checkFailed, this,
         [this](UpdateCheck::Failure, const QString &reason) { onCheckFailed(reason); });
     connect(&m_timer, &QTimer::timeout, this, &UpdaterController::onTimer);
-    if (automaticChecks == AutomaticChecks::On) {
-        m_timer.setTimerType(Qt::VeryCoarseTimer);
-        // Not at once: start-up has better things to do than wait on a server.
-        m_timer.start(firstCheckDelay);
-    }
 }
 
 UpdaterController::~UpdaterController()
@@ -66,6 +55,13 @@ UpdaterController &UpdaterController::shared()
             version, QStringLiteral(ZETTLY_VERSION),
             ZETTLY_AUTOMATIC_UPDATE_CHECKS ? AutomaticChecks::On : AutomaticChecks::Off);
     return *instance;
+}
+
+void UpdaterController::startAutomaticChecks(std::chrono::milliseconds firstDelay)
+{
+    // Not at once: start-up has better things to do than wait on a server.
+    if (m_automaticChecks == AutomaticChecks::On)
+        m_timer.start(firstDelay);
 }
 
 void UpdaterController::checkForUpdates()

@@ -6,7 +6,6 @@
 #include <QPointer>
 #include <QString>
 #include <QTimer>
-#include <QUrl>
 
 #include <chrono>
 
@@ -26,11 +25,9 @@ public:
     static constexpr std::chrono::seconds firstCheckDelay { 3 };
     static constexpr std::chrono::hours checkInterval { 24 };
 
-    // version is compared with the feed items' version (the build number);
-    // shortVersion is what the user is shown beside it. Needs a QApplication.
-    UpdaterController(const QUrl &feedUrl, const QString &version, const QString &shortVersion,
-        AutomaticChecks automaticChecks, QObject *parent = nullptr);
-    // Checks through check, which this takes.
+    // Checks through check, which this takes. version is compared with the
+    // feed items' version (the build number); shortVersion is what the user
+    // is shown beside it. Needs a QApplication.
     UpdaterController(UpdateCheck *check, const QString &version, const QString &shortVersion,
         AutomaticChecks automaticChecks, QObject *parent = nullptr);
     ~UpdaterController() override;
@@ -38,6 +35,9 @@ public:
     // The process-wide instance on the feed address and the version compiled
     // in; created on first use, never destroyed.
     static UpdaterController &shared();
+
+    // With automatic checks on: the first after firstDelay, then daily.
+    void startAutomaticChecks(std::chrono::milliseconds firstDelay = firstCheckDelay);
 
     // The user's check: brings the dialog forward, shows the search, then
     // its outcome, whatever it is.
@@ -60,6 +60,7 @@ private:
     QString m_version;
     QString m_shortVersion;
     QPointer<UpdateDialog> m_dialog;
+    AutomaticChecks m_automaticChecks;
     QTimer m_timer;
     QDateTime m_lastCheck;
     // Who waits for the running check's outcome.

@@ -2,7 +2,8 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 # Builds the .deb, installs it with apt as a user would, checks where its
 # files land and that the installed zettly records a copy under Xvfb, then
-# removes the package again.
+# purges the package and checks that nothing of it is left, the autostart
+# entry (a conffile, which a plain removal keeps) included.
 #
 #   install-deb.sh <build folder> <with-xvfb.sh>
 #
@@ -24,7 +25,7 @@ fi
 
 work=$(mktemp -d "${TMPDIR:-/tmp}/zettly-deb.XXXXXX")
 cleanup() {
-    $sudo env DEBIAN_FRONTEND=noninteractive apt-get remove -y -qq zettly >/dev/null 2>&1 || true
+    $sudo env DEBIAN_FRONTEND=noninteractive apt-get purge -y -qq zettly >/dev/null 2>&1 || true
     rm -rf "$work"
 }
 trap cleanup EXIT
@@ -37,15 +38,17 @@ dpkg-deb --field "$deb" Depends
 $sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq "$deb" >"$work/apt.log" 2>&1 \
     || { cat "$work/apt.log"; exit 1; }
 
-for file in /usr/bin/zettly /usr/libexec/zettly/zettly-update-check \
-    /usr/share/applications/com.marovelin.zettly.desktop \
-    /etc/xdg/autostart/com.marovelin.zettly.desktop \
-    /usr/share/icons/hicolor/scalable/apps/com.marovelin.zettly.svg; do
+installed=(/usr/bin/zettly /usr/libexec/zettly/zettly-update-check
+    /usr/share/applications/com.marovelin.zettly.desktop
+    /etc/xdg/autostart/com.marovelin.zettly.desktop
+    /usr/share/icons/hicolor/scalable/apps/com.marovelin.zettly.svg)
+for file in "${installed[@]}"; do
     [ -e "$file" ] || { echo "missing after install: $file"; exit 1; }
 done
-if command -v desktop-file-validate >/dev/null; then
-    desktop-file-validate /usr/share/applications/com.marovelin.zettly.desktop
-fi
+for entry in /usr/share/applications/com.marovelin.zettly.desktop /etc/xdg/autostart/com.marovelin.zettly.desktop; do
+    grep -qx 'TryExec=/usr/bin/zettly' "$entry" || { echo "no TryExec=/usr/bin/zettly in $entry"; exit 1; }
+    desktop-file-validate "$entry"
+done
 
 # The installed program, on a home of its own, records what xclip copies.
 mkdir -p "$work/home/data" "$work/home/config" "$work/home/runtime"
@@ -65,3 +68,10 @@ export XDG_DATA_HOME="$work/home/data" XDG_CONFIG_HOME="$work/home/config" XDG_R
     echo "the installed zettly recorded nothing"
     exit 1
 '
+
+$sudo env DEBIAN_FRONTEND=noninteractive apt-get purge -y -qq zettly >"$work/apt.log" 2>&1 \
+    || { cat "$work/apt.log"; exit 1; }
+for file in "${installed[@]}"; do
+    [ ! -e "$file" ] || { echo "left after purge: $file"; exit 1; }
+done
+echo "purged, nothing left"

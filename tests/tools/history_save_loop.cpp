@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Adds numbered entries to a history folder until killed, reporting each one
-// once its save has returned. The crash test kills it at random moments.
+// once its save has been written. The crash test kills it at random moments.
 //
 //   history_save_loop <history folder> <settings file>
 #include "AppSettings.h"
@@ -33,6 +33,7 @@ int main(int argc, char *argv[])
             .preview = SaveLoopEntries::preview(sequence),
             .fullText = SaveLoopEntries::text(sequence),
         });
+        store.flush();
         std::printf("saved %lld\n", static_cast<long long>(sequence));
         std::fflush(stdout);
     }

@@ -30,19 +30,11 @@ protected:
     QJsonObject stored() const { return QJsonDocument::fromJson(readAll(file())).object(); }
 };
 
-TEST_F(AppSettingsTest, FreshInstallHasDefaultsAndWritesNothing)
+TEST_F(AppSettingsTest, FirstAssignmentWritesAllFourKeysPrivately)
 {
-    const AppSettings settings(file());
-    EXPECT_EQ(settings.hotkey(), (HotKeyConfig { 9, 4352 }));
-    EXPECT_EQ(settings.historyLimit(), 200);
-    EXPECT_TRUE(settings.autoPaste());
-    EXPECT_TRUE(settings.ignoreSecretApps());
-    EXPECT_FALSE(QFile::exists(file()));
-}
-
-TEST_F(AppSettingsTest, EveryAssignmentWritesAllFourKeysPrivately)
-{
+    // A fresh install has the defaults and writes nothing until a change.
     AppSettings settings(file());
+    EXPECT_FALSE(QFile::exists(file()));
     settings.setAutoPaste(false);
     QJsonObject values = stored();
     EXPECT_EQ(values.keys(), allKeys);
@@ -77,44 +69,40 @@ TEST_F(AppSettingsTest, EveryAssignmentWritesAllFourKeysPrivately)
 
 TEST_F(AppSettingsTest, UnusableStoredValuesFallBack)
 {
+    const QString limit = QStringLiteral("zettly.historyLimit");
+    const QString hotkey = QStringLiteral("zettly.hotkey");
+    const QString autoPaste = QStringLiteral("zettly.autoPaste");
+    const QString ignore = QStringLiteral("zettly.ignoreSecretApps");
+    // Unnamed expectations are the defaults.
     struct Case {
         const char *name;
         QJsonObject values;
-        HotKeyConfig hotkey;
-        qint64 limit;
-        bool autoPaste;
-        bool ignoreSecretApps;
+        HotKeyConfig hotkey { 9, 4352 };
+        qint64 limit = 200;
+        bool autoPaste = true;
+        bool ignoreSecretApps = true;
     };
-    const HotKeyConfig standard { 9, 4352 };
     const Case cases[] = {
-        { "limit 0 means default", { { QStringLiteral("zettly.historyLimit"), 0 } }, standard, 200, true, true },
-        { "limit 500 kept", { { QStringLiteral("zettly.historyLimit"), 500 } }, standard, 500, true, true },
-        { "limit as text of digits", { { QStringLiteral("zettly.historyLimit"), QStringLiteral("50") } }, standard, 50,
-            true, true },
-        { "limit as words", { { QStringLiteral("zettly.historyLimit"), QStringLiteral("many") } }, standard, 200, true,
-            true },
-        { "limit as fraction", { { QStringLiteral("zettly.historyLimit"), 75.9 } }, standard, 75, true, true },
-        { "hotkey without modifiers", { { QStringLiteral("zettly.hotkey"), hotkeyData(R"({"keyCode":49})") } },
-            standard, 200, true, true },
-        { "hotkey members reordered",
-            { { QStringLiteral("zettly.hotkey"), hotkeyData(R"({"modifiers":2304,"keyCode":49})") } }, { 49, 2304 },
-            200, true, true },
-        { "hotkey out of range",
-            { { QStringLiteral("zettly.hotkey"), hotkeyData(R"({"keyCode":4294967296,"modifiers":1})") } }, standard,
-            200, true, true },
-        { "hotkey stored as a string",
-            { { QStringLiteral("zettly.hotkey"), QStringLiteral(R"({"keyCode":1,"modifiers":1})") } }, standard, 200,
-            true, true },
-        { "hotkey data not base64",
-            { { QStringLiteral("zettly.hotkey"), QJsonObject { { QStringLiteral("data"), QStringLiteral("%%%") } } } },
-            standard, 200, true, true },
-        { "booleans as strings",
-            { { QStringLiteral("zettly.autoPaste"), QStringLiteral("false") },
-                { QStringLiteral("zettly.ignoreSecretApps"), 0 } },
-            standard, 200, true, true },
-        { "booleans false",
-            { { QStringLiteral("zettly.autoPaste"), false }, { QStringLiteral("zettly.ignoreSecretApps"), false } },
-            standard, 200, false, false },
+        { .name = "limit 0 means default", .values = { { limit, 0 } } },
+        { .name = "limit 500 kept", .values = { { limit, 500 } }, .limit = 500 },
+        { .name = "limit as text of digits", .values = { { limit, QStringLiteral("50") } }, .limit = 50 },
+        { .name = "limit as words", .values = { { limit, QStringLiteral("many") } } },
+        { .name = "limit as fraction", .values = { { limit, 75.9 } }, .limit = 75 },
+        { .name = "hotkey without modifiers", .values = { { hotkey, hotkeyData(R"({"keyCode":49})") } } },
+        { .name = "hotkey members reordered",
+            .values = { { hotkey, hotkeyData(R"({"modifiers":2304,"keyCode":49})") } },
+            .hotkey = { 49, 2304 } },
+        { .name = "hotkey out of range",
+            .values = { { hotkey, hotkeyData(R"({"keyCode":4294967296,"modifiers":1})") } } },
+        { .name = "hotkey stored as a string",
+            .values = { { hotkey, QStringLiteral(R"({"keyCode":1,"modifiers":1})") } } },
+        { .name = "hotkey data not base64",
+            .values = { { hotkey, QJsonObject { { QStringLiteral("data"), QStringLiteral("%%%") } } } } },
+        { .name = "booleans as strings", .values = { { autoPaste, QStringLiteral("false") }, { ignore, 0 } } },
+        { .name = "booleans false",
+            .values = { { autoPaste, false }, { ignore, false } },
+            .autoPaste = false,
+            .ignoreSecretApps = false },
     };
     for (const Case &c : cases) {
         store(c.values);

@@ -64,7 +64,7 @@ TEST(Appcast, NewestReleaseByVersionOrNothing)
         { "items lacking a version or a link are passed over",
             appcastFeed(R"(<item><enclosure url="https://example.com/99" length="1"/></item>)"
                 + appcastItem("99", "9.9", "") + appcastItem("99", "9.9", "file://localhost/etc/passwd")
-                + appcastItem("2", "0.2", "https://example.com/2")),
+                + appcastItem("99", "9.9", "http://example.com/99") + appcastItem("2", "0.2", "https://example.com/2")),
             release("2", "0.2", "https://example.com/2") },
         { "no item with a version", appcastFeed("<item><title>Zettly</title></item>"), std::nullopt },
         { "no channel", "<rss version=\"2.0\"></rss>", std::nullopt },

@@ -259,6 +259,7 @@ TEST_F(ClipCaptureTest, OversizedTextLeavesTheHistoryAlone)
     pasteboard.copyText(u"kept"_s);
     settle();
     ASSERT_EQ(previews(), QStringList { u"kept"_s });
+    store.flush();
     const QByteArray savedHistory = readAll(path(u"Zettly/clips.json"_s));
 
     // The reader leaves data above the bounds out, so the type is offered
@@ -272,5 +273,6 @@ TEST_F(ClipCaptureTest, OversizedTextLeavesTheHistoryAlone)
         settle();
         EXPECT_EQ(previews(), QStringList { u"kept"_s });
     }
+    store.flush();
     EXPECT_EQ(readAll(path(u"Zettly/clips.json"_s)), savedHistory);
 }

@@ -38,9 +38,10 @@ protected:
     QString dir() const { return path(QStringLiteral("Zettly")); }
     QString db() const { return dir() + QStringLiteral("/clips.json"); }
 
-    // The file must always hold what is in memory.
-    void expectSaved(const ClipboardStore &store) const
+    // Once its saves are written, the file holds what is in memory.
+    void expectSaved(ClipboardStore &store) const
     {
+        store.flush();
         const auto onDisk = HistoryCodec::decode(readAll(db()));
         ASSERT_TRUE(onDisk);
         EXPECT_EQ(*onDisk, store.items());
@@ -60,6 +61,7 @@ TEST_F(ClipboardStoreTest, AddSkipsOnlyARepeatOfTheNewestUnpinnedEntry)
 {
     ClipboardStore store(settings, dir());
     EXPECT_TRUE(store.items().isEmpty());
+    store.flush();
     EXPECT_FALSE(QFile::exists(db()));
 
     store.add(text(QStringLiteral("A")));
@@ -78,6 +80,7 @@ TEST_F(ClipboardStoreTest, AddSkipsOnlyARepeatOfTheNewestUnpinnedEntry)
     again.sourceApp = QStringLiteral("org.kde.kate");
     store.add(again);
     EXPECT_EQ(store.items().size(), 3);
+    store.flush();
     EXPECT_EQ(modified(db()), before);
 
     store.add(text(QStringLiteral("caf\u00e9")));
@@ -187,10 +190,12 @@ TEST_F(ClipboardStoreTest, TogglePinSortsStablyByPinThenDate)
     EXPECT_EQ(ties->items().size(), 4);
 
     // An unknown id changes nothing and writes nothing.
+    ties->flush();
     QFile::remove(db());
     QSignalSpy changes(ties.get(), &ClipboardStore::aboutToChange);
     ties->togglePin(QUuid::createUuid());
     EXPECT_EQ(changes.count(), 0);
+    ties->flush();
     EXPECT_FALSE(QFile::exists(db()));
 }
 
@@ -220,6 +225,7 @@ TEST_F(ClipboardStoreTest, RemoveAndClearDeleteOnlyTheirOwnImages)
 
     // An unknown id changes nothing but still writes the file; a missing image
     // file does not stop the removal.
+    store->flush();
     QFile::remove(db());
     store->remove(QUuid::createUuid());
     EXPECT_EQ(store->items().size(), 4);
@@ -235,6 +241,7 @@ TEST_F(ClipboardStoreTest, RemoveAndClearDeleteOnlyTheirOwnImages)
     expectSaved(*store);
 
     // Clearing a history of pinned entries only still writes the file.
+    store->flush();
     QFile::remove(db());
     store->clearUnpinned();
     EXPECT_EQ(store->items().size(), 1);
@@ -258,15 +265,61 @@ TEST_F(ClipboardStoreTest, NoticesComeBeforeEachChange)
     EXPECT_EQ(after.count(), 3);
 }
 
-TEST_F(ClipboardStoreTest, CorruptHistoryStartsEmptyAndIsNotLost)
+TEST_F(ClipboardStoreTest, SavesLandInOrderAndTheLastOneBeforeTheStoreEnds)
 {
-    QDir().mkpath(dir());
-    writeAll(db(), "[{\"id\":");
-    ClipboardStore store(settings, dir());
-    EXPECT_TRUE(store.items().isEmpty());
-    store.add(text(QStringLiteral("after")));
-    expectSaved(store);
-    const QStringList copies = QDir(dir()).entryList({ QStringLiteral("clips.json.unreadable-*") });
-    ASSERT_EQ(copies.size(), 1);
-    EXPECT_EQ(readAll(dir() + u'/' + copies.first()), QByteArray("[{\"id\":"));
+    QList<ClipItem> last;
+    {
+        ClipboardStore store(settings, dir());
+        // Saves queue up faster than they are written; the file must end
+        // with the newest list, not an older one written after it.
+        for (int i = 0; i < 200; ++i)
+            store.add(text(QString::number(i) + QString(2000, u'.')));
+        store.togglePin(store.items().at(150).id);
+        last = store.items();
+    }
+    EXPECT_EQ(HistoryCodec::decode(readAll(db())), last);
+}
+
+TEST_F(ClipboardStoreTest, HistoryAtItsByteBoundStaysWithinItAndLoadsWhole)
+{
+    settings.setHistoryLimit(100);
+    constexpr qint64 budget = ClipboardStore::historyByteBudget;
+    // Entries share one text in memory; the file holds each copy of it.
+    const QString shared(budget / 4, u'x');
+    const auto entry = [](const QString &name, const QString &body) {
+        return ClipItem { .kind = ClipKind::Text, .preview = name, .fullText = body };
+    };
+    QList<ClipItem> atBound;
+    {
+        ClipboardStore store(settings, dir());
+        qint64 used = 0;
+        for (const char *name : { "1", "2", "3" }) {
+            store.add(entry(QString::fromLatin1(name), shared));
+            used += ClipboardStore::storedSize(store.items().first());
+        }
+        // This one fills the budget to the byte.
+        const qint64 restSize = budget - used - ClipboardStore::entryOverhead - 1;
+        store.add(entry(QStringLiteral("4"), QString(restSize, u'y')));
+        EXPECT_EQ(previews(store.items()),
+            (QStringList { QStringLiteral("4"), QStringLiteral("3"), QStringLiteral("2"), QStringLiteral("1") }));
+
+        // One byte more and the oldest goes.
+        store.add(entry(QStringLiteral("5"), QString()));
+        EXPECT_EQ(previews(store.items()),
+            (QStringList { QStringLiteral("5"), QStringLiteral("4"), QStringLiteral("3"), QStringLiteral("2") }));
+        // Pinned entries stay whatever their size; a copy that cannot fit
+        // beside them is not kept, and the others stay.
+        for (int i = 0; i < 3; ++i)
+            store.togglePin(store.items().at(3).id);
+        store.add(entry(QStringLiteral("66"), shared));
+        EXPECT_EQ(previews(store.items()),
+            (QStringList { QStringLiteral("4*"), QStringLiteral("3*"), QStringLiteral("2*"), QStringLiteral("5") }));
+        // One that fits exactly pushes out the rest.
+        store.add(entry(QStringLiteral("6"), shared));
+        EXPECT_EQ(previews(store.items()),
+            (QStringList { QStringLiteral("4*"), QStringLiteral("3*"), QStringLiteral("2*"), QStringLiteral("6") }));
+        atBound = store.items();
+    }
+    EXPECT_GE(QFileInfo(db()).size(), budget);
+    EXPECT_EQ(ClipboardStore(settings, dir()).items(), atBound);
 }

@@ -79,8 +79,12 @@ TEST_F(GlobalHotKeyTest, CallbackRunsOneTurnLaterAndMayRegisterAgain)
     EXPECT_TRUE(aliveWhileRunning);
     EXPECT_EQ(grabber.grabbed(), optionCommandSpace);
 
+    // Without a callback the keys stay taken and a press runs nothing, not
+    // the callback it replaced.
     hotKey.registerHotKey(controlCommandV.first, controlCommandV.second, nullptr);
+    EXPECT_EQ(grabber.grabbed(), controlCommandV);
     press(controlCommandV);
+    EXPECT_EQ(second, 0);
 }
 
 TEST_F(GlobalHotKeyTest, PressesRunTheLastRegisteredLivingInstance)

@@ -10,11 +10,17 @@ using HotKeyTranslator::carbonModifiers;
 using HotKeyTranslator::displayString;
 using HotKeyTranslator::keyName;
 
+// Fixed glyph order, fixed names before the layout's character, the full
+// upper-case mapping, and the code when there is no character.
 TEST(HotKeyTranslatorTest, DisplayStringPutsGlyphsInFixedOrder)
 {
     FixedKeyLayout us;
     us.setCharacter(9, QStringLiteral("v"));
     us.setCharacter(12, QStringLiteral("q"));
+    us.setCharacter(0, QStringLiteral("é"));
+    us.setCharacter(1, QStringLiteral("ß"));
+    us.setCharacter(2, QString());
+    us.setCharacter(36, QStringLiteral("x"));
     const struct {
         quint32 keyCode;
         quint32 modifiers;
@@ -35,23 +41,13 @@ TEST(HotKeyTranslatorTest, DisplayStringPutsGlyphsInFixedOrder)
         { 126, 0, "↑" },
         { 200, 0, "key(200)" },
         { 10, 256, "⌘key(10)" },
+        { 0, 0, "É" },
+        { 1, 0, "SS" },
+        { 2, 0, "key(2)" },
     };
     for (const auto &c : cases)
         EXPECT_EQ(displayString(c.keyCode, c.modifiers, &us), QString::fromUtf8(c.expected)) << c.keyCode;
-}
-
-TEST(HotKeyTranslatorTest, KeyNameUpperCasesFullyAndFallsBack)
-{
-    FixedKeyLayout layout;
-    layout.setCharacter(0, QStringLiteral("é"));
-    layout.setCharacter(1, QStringLiteral("ß"));
-    layout.setCharacter(2, QString());
-    EXPECT_EQ(keyName(0, &layout), QStringLiteral("É"));
-    EXPECT_EQ(keyName(1, &layout), QStringLiteral("SS"));
-    EXPECT_EQ(keyName(2, &layout), QStringLiteral("key(2)"));
-    // The fixed names win over the layout; no layout at all falls back.
-    layout.setCharacter(36, QStringLiteral("x"));
-    EXPECT_EQ(keyName(36, &layout), QStringLiteral("↩"));
+    // No layout at all.
     EXPECT_EQ(keyName(9, nullptr), QStringLiteral("key(9)"));
     EXPECT_EQ(keyName(4294967295u, nullptr), QStringLiteral("key(4294967295)"));
 }
@@ -89,8 +85,9 @@ TEST(KeyPositionsTest, MapsBothWaysOneToOne)
         EXPECT_EQ(KeyPositions::virtualKeyCode(xKey - 8), virtualKey) << virtualKey;
     }
     for (quint32 code = 0; code < 256; ++code) {
-        if (const auto evdev = KeyPositions::evdevCode(code))
+        if (const auto evdev = KeyPositions::evdevCode(code)) {
             EXPECT_EQ(KeyPositions::virtualKeyCode(*evdev), code) << code;
+        }
     }
     EXPECT_FALSE(KeyPositions::evdevCode(200));
     EXPECT_FALSE(KeyPositions::evdevCode(0x10000 + 9));

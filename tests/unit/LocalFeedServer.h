@@ -2,16 +2,24 @@
 #pragma once
 
 #include <QByteArray>
+#include <QFile>
 #include <QHash>
 #include <QHostAddress>
-#include <QTcpServer>
-#include <QTcpSocket>
+#include <QProcess>
+#include <QSslCertificate>
+#include <QSslConfiguration>
+#include <QSslKey>
+#include <QSslServer>
+#include <QSslSocket>
+#include <QTemporaryDir>
 #include <QUrl>
 
 #include <gtest/gtest.h>
 
-// A minimal HTTP/1.1 server on 127.0.0.1 answering each path as told; the
-// update tests never reach beyond this machine. Unknown paths get a 404.
+// A minimal HTTPS/1.1 server on 127.0.0.1 answering each path as told; the
+// update tests never reach beyond this machine. Its certificate is made for
+// the test run, so a checker trusts it only when told to (caCertificates()).
+// Unknown paths get a 404.
 class LocalFeedServer {
 public:
     static constexpr int closeUnanswered = 0;
@@ -19,12 +27,22 @@ public:
 
     LocalFeedServer()
     {
+        const Identity &identity = LocalFeedServer::identity();
+        QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
+        tls.setLocalCertificate(identity.certificate);
+        tls.setPrivateKey(identity.key);
+        m_server.setSslConfiguration(tls);
         EXPECT_TRUE(m_server.listen(QHostAddress::LocalHost));
-        QObject::connect(&m_server, &QTcpServer::newConnection, &m_server, [this] {
+        QObject::connect(&m_server, &QTcpServer::pendingConnectionAvailable, &m_server, [this] {
             while (QTcpSocket *socket = m_server.nextPendingConnection())
                 QObject::connect(socket, &QTcpSocket::readyRead, socket, [this, socket] { serve(socket); });
         });
     }
+
+    // The server's self-signed certificate, to be trusted as an authority.
+    static QList<QSslCertificate> caCertificates() { return { identity().certificate }; }
+    // The same as a PEM file.
+    static QString caCertificatesFile() { return identity().folder.filePath(QStringLiteral("cert.pem")); }
 
     // status may also be closeUnanswered or neverAnswer.
     void answer(const QByteArray &path, int status, const QByteArray &body = {}, const QByteArray &headers = {})
@@ -36,9 +54,9 @@ public:
         answer(path, 302, {}, "Location: " + location + "\r\n");
     }
 
-    QUrl url(const QString &path) const
+    QUrl url(const QString &path, const QString &scheme = QStringLiteral("https")) const
     {
-        return QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(m_server.serverPort()).arg(path));
+        return QUrl(QStringLiteral("%1://127.0.0.1:%2%3").arg(scheme).arg(m_server.serverPort()).arg(path));
     }
     int requests() const { return m_requests; }
 
@@ -47,7 +65,7 @@ public:
     {
         QTcpServer probe;
         EXPECT_TRUE(probe.listen(QHostAddress::LocalHost));
-        return QUrl(QStringLiteral("http://127.0.0.1:%1/appcast.xml").arg(probe.serverPort()));
+        return QUrl(QStringLiteral("https://127.0.0.1:%1/appcast.xml").arg(probe.serverPort()));
     }
 
 private:
@@ -56,6 +74,34 @@ private:
         QByteArray body;
         QByteArray headers;
     };
+    // One key and certificate for 127.0.0.1 per test run, made by openssl.
+    struct Identity {
+        Identity()
+        {
+            const QString keyPath = folder.filePath(QStringLiteral("key.pem"));
+            const QString certificatePath = folder.filePath(QStringLiteral("cert.pem"));
+            const QString request = QStringLiteral("req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes "
+                                                   "-days 2 -subj /CN=127.0.0.1 -addext subjectAltName=IP:127.0.0.1");
+            const int status = QProcess::execute(QStringLiteral("openssl"),
+                request.split(u' ')
+                    + QStringList { QStringLiteral("-keyout"), keyPath, QStringLiteral("-out"), certificatePath });
+            EXPECT_EQ(status, 0) << "openssl could not make the test certificate";
+            certificate = QSslCertificate::fromPath(certificatePath).value(0);
+            QFile keyFile(keyPath);
+            if (keyFile.open(QIODevice::ReadOnly))
+                key = QSslKey(&keyFile, QSsl::Ec);
+        }
+
+        QTemporaryDir folder;
+        QSslCertificate certificate;
+        QSslKey key;
+    };
+
+    static const Identity &identity()
+    {
+        static const Identity made;
+        return made;
+    }
 
     void serve(QTcpSocket *socket)
     {
@@ -76,7 +122,7 @@ private:
         socket->disconnectFromHost();
     }
 
-    QTcpServer m_server;
+    QSslServer m_server;
     QHash<QByteArray, Route> m_routes;
     QHash<QTcpSocket *, QByteArray> m_pending;
     int m_requests = 0;

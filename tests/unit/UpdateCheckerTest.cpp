@@ -51,8 +51,9 @@ TEST(UpdateChecker, ReportsNewerSameOlderAndEveryFailure)
     server.answer("/silent.xml", LocalFeedServer::neverAnswer);
     server.redirect("/moved.xml", "/moved-again.xml");
     server.redirect("/moved-again.xml", server.url(QStringLiteral("/newer.xml")).toEncoded());
-    server.redirect("/to-https.xml", server.url(QStringLiteral("/newer.xml")).toEncoded().replace("http:", "https:"));
+    server.redirect("/to-http.xml", server.url(QStringLiteral("/newer.xml"), QStringLiteral("http")).toEncoded());
     server.redirect("/loop.xml", "/loop.xml");
+    server.answer("/http-download.xml", 200, appcastFeed(appcastItem("12", "2.0", "http://example.com/zettly.deb")));
 
     using F = UpdateChecker::Failure;
     struct Case {
@@ -61,13 +62,17 @@ TEST(UpdateChecker, ReportsNewerSameOlderAndEveryFailure)
         int found;
         int none;
         std::optional<F> failure;
+        bool trusted = true;
     };
     const Case cases[] = {
         { "newest item is newer", server.url(QStringLiteral("/newer.xml")), 1, 0, {} },
         { "same version", server.url(QStringLiteral("/same.xml")), 0, 1, {} },
         { "older version", server.url(QStringLiteral("/older.xml")), 0, 1, {} },
         { "redirects on the same server", server.url(QStringLiteral("/moved.xml")), 1, 0, {} },
-        { "redirect to another scheme", server.url(QStringLiteral("/to-https.xml")), 0, 0, F::BadAddress },
+        { "redirect to plain http", server.url(QStringLiteral("/to-http.xml")), 0, 0, F::BadAddress },
+        { "download over plain http", server.url(QStringLiteral("/http-download.xml")), 0, 0, F::InvalidFeed },
+        { "feed over plain http", server.url(QStringLiteral("/newer.xml"), QStringLiteral("http")), 0, 0,
+            F::BadAddress },
         { "endless redirects", server.url(QStringLiteral("/loop.xml")), 0, 0, F::HttpError },
         { "not found", server.url(QStringLiteral("/missing.xml")), 0, 0, F::HttpError },
         { "closed unanswered", server.url(QStringLiteral("/closed.xml")), 0, 0, F::Unreachable },
@@ -76,10 +81,13 @@ TEST(UpdateChecker, ReportsNewerSameOlderAndEveryFailure)
         { "a web page", server.url(QStringLiteral("/html.xml")), 0, 0, F::InvalidFeed },
         { "larger than allowed", server.url(QStringLiteral("/huge.xml")), 0, 0, F::InvalidFeed },
         { "ftp", QUrl(QStringLiteral("ftp://127.0.0.1/appcast.xml")), 0, 0, F::BadAddress },
+        { "certificate nobody vouches for", server.url(QStringLiteral("/newer.xml")), 0, 0, F::Unreachable, false },
     };
     for (const Case &c : cases) {
         UpdateChecker checker(c.url, QStringLiteral("5"));
         checker.setTimeout(2s);
+        if (c.trusted)
+            checker.setExtraCaCertificates(LocalFeedServer::caCertificates());
         const Outcomes outcomes(checker);
         checker.check();
         ASSERT_TRUE(outcomes.wait()) << c.name;
@@ -106,6 +114,7 @@ TEST(UpdateChecker, OneCheckAtATimeThenAgain)
     LocalFeedServer server;
     server.answer("/appcast.xml", 200, newerFeed);
     UpdateChecker checker(server.url(QStringLiteral("/appcast.xml")), QStringLiteral("5"));
+    checker.setExtraCaCertificates(LocalFeedServer::caCertificates());
     const Outcomes outcomes(checker);
     checker.check();
     checker.check();
@@ -127,41 +136,42 @@ TEST(UpdateCheckProcess, CarriesEachOutcomeOfTheHelper)
     server.answer("/shifted.xml", 200,
         appcastFeed(appcastItem("9&#10;x&#10;file:///etc/passwd", "1.9", "https://example.com/a")));
     const QString helper = QStringLiteral(ZETTLY_UPDATE_HELPER);
-    {
-        UpdateCheckProcess check(helper, server.url(QStringLiteral("/newer.xml")), QStringLiteral("5"));
-        Outcomes outcomes(check);
+    using F = UpdateCheck::Failure;
+    struct Case {
+        const char *name;
+        QString helper;
+        const char *path;
+        bool found;
+        bool none;
+        std::optional<F> failure;
+    };
+    const Case cases[] = {
+        { "newer", helper, "/newer.xml", true, false, {} },
+        { "same", helper, "/same.xml", false, true, {} },
+        { "field with line breaks", helper, "/shifted.xml", false, false, F::InvalidFeed },
+        { "not found", helper, "/missing.xml", false, false, F::HttpError },
+        { "no helper", QStringLiteral("/nonexistent/zettly-update-check"), "/newer.xml", false, false, F::Unreachable },
+    };
+    for (const Case &c : cases) {
+        UpdateCheckProcess check(c.helper, server.url(QString::fromLatin1(c.path)), QStringLiteral("5"));
+        check.setExtraCaCertificatesFile(LocalFeedServer::caCertificatesFile());
+        const Outcomes outcomes(check);
         check.check();
-        ASSERT_TRUE(outcomes.wait());
-        ASSERT_EQ(outcomes.found.size(), 1);
-        EXPECT_EQ(outcomes.found.at(0).at(0).value<AppcastRelease>(),
-            (AppcastRelease { QStringLiteral("12"), QStringLiteral("2.0"),
-                QUrl(QStringLiteral("https://example.com/zettly-2.0.deb")) }));
-    }
-    {
-        UpdateCheckProcess check(helper, server.url(QStringLiteral("/same.xml")), QStringLiteral("5"));
-        Outcomes outcomes(check);
-        check.check();
-        ASSERT_TRUE(outcomes.wait());
-        EXPECT_EQ(outcomes.none.size(), 1);
-    }
-    {
-        UpdateCheckProcess check(helper, server.url(QStringLiteral("/shifted.xml")), QStringLiteral("5"));
-        Outcomes outcomes(check);
-        check.check();
-        ASSERT_TRUE(outcomes.wait());
-        ASSERT_EQ(outcomes.failed.size(), 1);
-        EXPECT_EQ(outcomes.failed.at(0).at(0).value<UpdateCheck::Failure>(), UpdateCheck::Failure::InvalidFeed);
-    }
-    for (const QString &path : { helper, QStringLiteral("/nonexistent/zettly-update-check") }) {
-        UpdateCheckProcess check(path, server.url(QStringLiteral("/missing.xml")), QStringLiteral("5"));
-        Outcomes outcomes(check);
-        check.check();
-        ASSERT_TRUE(outcomes.wait());
-        ASSERT_EQ(outcomes.failed.size(), 1) << qPrintable(path);
-        EXPECT_EQ(outcomes.failed.at(0).at(0).value<UpdateCheck::Failure>(),
-            path == helper ? UpdateCheck::Failure::HttpError : UpdateCheck::Failure::Unreachable);
-        EXPECT_FALSE(outcomes.failed.at(0).at(1).toString().isEmpty());
-        QTest::qWait(50);
-        EXPECT_EQ(outcomes.count(), 1);
+        ASSERT_TRUE(outcomes.wait()) << c.name;
+        // A second report would already be queued.
+        QCoreApplication::processEvents();
+        ASSERT_EQ(outcomes.count(), 1) << c.name;
+        EXPECT_EQ(outcomes.none.size(), c.none ? 1 : 0) << c.name;
+        if (c.found) {
+            ASSERT_EQ(outcomes.found.size(), 1) << c.name;
+            EXPECT_EQ(outcomes.found.at(0).at(0).value<AppcastRelease>(),
+                (AppcastRelease { QStringLiteral("12"), QStringLiteral("2.0"),
+                    QUrl(QStringLiteral("https://example.com/zettly-2.0.deb")) }));
+        }
+        if (c.failure) {
+            ASSERT_EQ(outcomes.failed.size(), 1) << c.name;
+            EXPECT_EQ(outcomes.failed.at(0).at(0).value<F>(), *c.failure) << c.name;
+            EXPECT_FALSE(outcomes.failed.at(0).at(1).toString().isEmpty()) << c.name;
+        }
     }
 }

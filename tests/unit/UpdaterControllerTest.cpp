@@ -1,18 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "UpdaterController.h"
-#include "AppcastFeed.h"
-#include "LocalFeedServer.h"
-#include "UpdateChecker.h"
+#include "ScriptedUpdateCheck.h"
 #include "UpdateDialog.h"
 
 #include <QDesktopServices>
 #include <QLabel>
 #include <QPushButton>
-#include <QSignalSpy>
 #include <QTest>
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
-#include <memory>
+#include <functional>
+
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -45,54 +46,55 @@ QString labels(const UpdateDialog &dialog)
     return texts.join(u'\n');
 }
 
-const QByteArray newerFeed = appcastFeed(appcastItem("12", "2.0", "https://example.com/zettly-2.0.deb"));
-const QByteArray sameFeed = appcastFeed(appcastItem("5", "1.0", "https://example.com/a"));
+const AppcastRelease newer { QStringLiteral("12"), QStringLiteral("2.0"),
+    QUrl(QStringLiteral("https://example.com/zettly-2.0.deb")) };
+
+using Outcome = std::function<void(UpdateCheck &)>;
+const Outcome foundNewer = [](UpdateCheck &check) { Q_EMIT check.updateFound(newer); };
+const Outcome upToDate = [](UpdateCheck &check) { Q_EMIT check.noUpdateFound(); };
+const Outcome failed = [](UpdateCheck &check) {
+    Q_EMIT check.checkFailed(UpdateCheck::Failure::HttpError, QStringLiteral("Erreur HTTP 404."));
+};
 
 } // namespace
 
 // One controller throughout, as in the app: its dialog is reused.
 TEST(UpdaterController, UserCheckShowsTheSearchThenItsOutcome)
 {
-    LocalFeedServer server;
     UrlCatcher browser;
-    UpdaterController controller(server.url(QStringLiteral("/appcast.xml")), QStringLiteral("5"), QStringLiteral("1.0"),
-        UpdaterController::AutomaticChecks::Off);
-    auto *checker = controller.findChild<UpdateChecker *>();
-    QSignalSpy found(checker, &UpdateChecker::updateFound);
-    QSignalSpy none(checker, &UpdateChecker::noUpdateFound);
-    QSignalSpy failed(checker, &UpdateChecker::checkFailed);
+    auto *check = new ScriptedUpdateCheck;
+    UpdaterController controller(
+        check, QStringLiteral("5"), QStringLiteral("1.0"), UpdaterController::AutomaticChecks::Off);
     using State = UpdateDialog::State;
     struct Case {
         const char *name;
-        int status;
-        QByteArray feed;
-        // Checking: "Annuler" at once, before any answer can arrive.
+        Outcome outcome;
+        // Checking: "Annuler" at once, before the outcome.
         State state;
         QString shown;
         QString choice;
         qsizetype opened;
     };
     const Case cases[] = {
-        { "newer, later", 200, newerFeed, State::UpdateAvailable,
+        { "newer, later", foundNewer, State::UpdateAvailable,
             QStringLiteral("Zettly 2.0 (build 12) est disponible. Tu utilises la version 1.0 (build 5)."),
             QStringLiteral("Plus tard"), 0 },
-        { "newer, download", 200, newerFeed, State::UpdateAvailable, QStringLiteral("2.0 (build 12)"),
+        { "newer, download", foundNewer, State::UpdateAvailable, QStringLiteral("2.0 (build 12)"),
             QStringLiteral("Télécharger"), 1 },
-        { "up to date", 200, sameFeed, State::UpToDate, QStringLiteral("1.0 (build 5)"), QStringLiteral("OK"), 1 },
-        { "failed", 404, newerFeed, State::Failed, QStringLiteral("HTTP 404"), QStringLiteral("OK"), 1 },
-        { "cancelled, newer", 200, newerFeed, State::Checking, {}, {}, 1 },
-        { "cancelled, failed", 404, newerFeed, State::Checking, {}, {}, 1 },
+        { "up to date", upToDate, State::UpToDate, QStringLiteral("1.0 (build 5)"), QStringLiteral("OK"), 1 },
+        { "failed", failed, State::Failed, QStringLiteral("Erreur HTTP 404."), QStringLiteral("OK"), 1 },
+        { "cancelled, newer", foundNewer, State::Checking, {}, {}, 1 },
+        { "cancelled, failed", failed, State::Checking, {}, {}, 1 },
     };
+    int started = 0;
     for (const Case &c : cases) {
-        server.answer("/appcast.xml", c.status, c.feed);
-        const qsizetype ended = found.size() + none.size() + failed.size();
         controller.checkForUpdates();
+        EXPECT_EQ(check->started(), ++started) << c.name;
         UpdateDialog *dialog = controller.dialog();
         ASSERT_TRUE(dialog && dialog->isVisible() && dialog->state() == State::Checking) << c.name;
         if (c.state == State::Checking)
             button(*dialog, QStringLiteral("Annuler"))->click();
-        ASSERT_TRUE(QTest::qWaitFor([&] { return found.size() + none.size() + failed.size() > ended; }, 30000))
-            << c.name;
+        c.outcome(*check);
         EXPECT_EQ(dialog->state(), c.state) << c.name;
         EXPECT_EQ(dialog->isVisible(), c.state != State::Checking) << c.name;
         if (c.state == State::Checking)
@@ -105,31 +107,41 @@ TEST(UpdaterController, UserCheckShowsTheSearchThenItsOutcome)
         EXPECT_FALSE(dialog->isVisible()) << c.name;
         EXPECT_EQ(browser.opened.size(), c.opened) << c.name;
     }
-    EXPECT_EQ(browser.opened, QList<QUrl> { QUrl(QStringLiteral("https://example.com/zettly-2.0.deb")) });
+    EXPECT_EQ(browser.opened, QList<QUrl> { newer.downloadUrl });
 }
 
+// Automatic checks run only when the build has them, and show a dialog only
+// for a newer release, without taking the keyboard.
 TEST(UpdaterController, AutomaticCheckOffersOnlyANewerRelease)
 {
-    LocalFeedServer server;
-    server.answer("/newer.xml", 200, newerFeed);
-    server.answer("/same.xml", 200, sameFeed);
-    // Side by side: each waits a few seconds before its first check.
-    const auto automatic = [&](const char *path) {
-        return std::make_unique<UpdaterController>(server.url(QString::fromLatin1(path)), QStringLiteral("5"),
-            QStringLiteral("1.0"), UpdaterController::AutomaticChecks::On);
+    struct Case {
+        const char *name;
+        UpdaterController::AutomaticChecks automatic;
+        Outcome outcome;
+        bool offered;
     };
-    const auto same = automatic("/same.xml");
-    const auto missing = automatic("/missing.xml");
-    const auto newer = automatic("/newer.xml");
-    QSignalSpy none(same->findChild<UpdateChecker *>(), &UpdateChecker::noUpdateFound);
-    QSignalSpy failed(missing->findChild<UpdateChecker *>(), &UpdateChecker::checkFailed);
-    ASSERT_TRUE(QTest::qWaitFor(
-        [&] { return !none.isEmpty() && !failed.isEmpty() && newer->dialog() && newer->dialog()->isVisible(); },
-        30000));
-    EXPECT_EQ(newer->dialog()->state(), UpdateDialog::State::UpdateAvailable);
-    QCoreApplication::processEvents();
-    EXPECT_FALSE(same->dialog());
-    EXPECT_FALSE(missing->dialog());
+    const Case cases[] = {
+        { "newer", UpdaterController::AutomaticChecks::On, foundNewer, true },
+        { "up to date", UpdaterController::AutomaticChecks::On, upToDate, false },
+        { "failed", UpdaterController::AutomaticChecks::On, failed, false },
+        { "off", UpdaterController::AutomaticChecks::Off, foundNewer, false },
+    };
+    for (const Case &c : cases) {
+        auto *check = new ScriptedUpdateCheck;
+        UpdaterController controller(check, QStringLiteral("5"), QStringLiteral("1.0"), c.automatic);
+        controller.startAutomaticChecks(0ms);
+        // A zero timer has run once the posted events are handled.
+        QCoreApplication::processEvents();
+        const bool on = c.automatic == UpdaterController::AutomaticChecks::On;
+        ASSERT_EQ(check->started(), on ? 1 : 0) << c.name;
+        c.outcome(*check);
+        ASSERT_EQ(controller.dialog() != nullptr, c.offered) << c.name;
+        if (c.offered) {
+            EXPECT_TRUE(controller.dialog()->isVisible()) << c.name;
+            EXPECT_TRUE(controller.dialog()->testAttribute(Qt::WA_ShowWithoutActivating)) << c.name;
+            EXPECT_EQ(controller.dialog()->state(), UpdateDialog::State::UpdateAvailable) << c.name;
+        }
+    }
 }
 
 #include "UpdaterControllerTest.moc"

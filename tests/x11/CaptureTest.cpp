@@ -270,12 +270,14 @@ TEST_F(Capture, HostileCopiesHaveBoundedOutcomes)
         QFile file(historyFile);
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     };
+    store.flush();
     const QByteArray before = savedHistory();
 
     // Beyond the bound: given up; nothing recorded.
     copyAndSettle(QByteArray(65 * 1024 * 1024, 'x'));
     EXPECT_TRUE(pasteboard.types().contains(PasteboardTypes::string));
     EXPECT_EQ(store.items().size(), 1);
+    store.flush();
     EXPECT_EQ(savedHistory(), before);
 
     // 5 MB comes in INCR pieces and is recorded whole.

@@ -3,7 +3,9 @@
 
 #include "HotKeyConfig.h"
 #include "OtherClient.h"
+#include "XcbReply.h"
 
+#include <QAbstractNativeEventFilter>
 #include <QProcess>
 #include <QSignalSpy>
 #include <QTest>
@@ -12,8 +14,6 @@
 
 #include <xcb/xcb.h>
 
-#include <cstdlib>
-#include <memory>
 #include <utility>
 
 namespace {
@@ -44,8 +44,8 @@ bool useLayout(const char *variant = "")
 // Moves Num_Lock from Mod2 to Mod3, which Xvfb leaves empty.
 bool moveNumLockToMod3(xcb_connection_t *connection)
 {
-    const std::unique_ptr<xcb_get_modifier_mapping_reply_t, decltype(&std::free)> mapping(
-        xcb_get_modifier_mapping_reply(connection, xcb_get_modifier_mapping(connection), nullptr), &std::free);
+    const XcbReply<xcb_get_modifier_mapping_reply_t> mapping(
+        xcb_get_modifier_mapping_reply(connection, xcb_get_modifier_mapping(connection), nullptr));
     if (!mapping)
         return false;
     const int width = mapping->keycodes_per_modifier;
@@ -53,12 +53,34 @@ bool moveNumLockToMod3(xcb_connection_t *connection)
     if (keyCodes[XCB_MAP_INDEX_2 * width] != xKeyNumLock || keyCodes[XCB_MAP_INDEX_3 * width] != 0)
         return false;
     std::swap(keyCodes[XCB_MAP_INDEX_2 * width], keyCodes[XCB_MAP_INDEX_3 * width]);
-    xcb_set_modifier_mapping_reply_t *set
-        = xcb_set_modifier_mapping_reply(connection, xcb_set_modifier_mapping(connection, width, keyCodes), nullptr);
-    const bool moved = set && set->status == XCB_MAPPING_STATUS_SUCCESS;
-    std::free(set);
-    return moved;
+    const XcbReply<xcb_set_modifier_mapping_reply_t> set(
+        xcb_set_modifier_mapping_reply(connection, xcb_set_modifier_mapping(connection, width, keyCodes), nullptr));
+    return set && set->status == XCB_MAPPING_STATUS_SUCCESS;
 }
+
+// Counts the presses of a key that reach Qt, auto-repeats included.
+class PressCounter : public QAbstractNativeEventFilter {
+public:
+    explicit PressCounter(quint8 xKey)
+        : m_xKey(xKey)
+    {
+        QCoreApplication::instance()->installNativeEventFilter(this);
+    }
+    ~PressCounter() override { QCoreApplication::instance()->removeNativeEventFilter(this); }
+
+    bool nativeEventFilter(const QByteArray &, void *message, qintptr *) override
+    {
+        const auto *event = static_cast<const xcb_key_press_event_t *>(message);
+        if ((event->response_type & 0x7f) == XCB_KEY_PRESS && event->detail == m_xKey)
+            ++presses;
+        return false;
+    }
+
+    int presses = 0;
+
+private:
+    quint8 m_xKey;
+};
 
 bool repeatKeys(OtherClient &client)
 {
@@ -127,8 +149,10 @@ TEST_F(X11KeyGrabberTest, HeldKeyReportsOnePress)
 {
     ASSERT_TRUE(repeatKeys(other));
     ASSERT_TRUE(grabber.grab(positionV, controlCommand));
+    PressCounter received(xKeyV);
     xdotool("keydown", "ctrl+super+v");
-    QTest::qWait(1000); // past the repeat delay, 660 ms by default
+    // Held until the server has repeated the press twice.
+    ASSERT_TRUE(QTest::qWaitFor([&] { return received.presses >= 3; }, 10000));
     xdotool("keyup", "ctrl+super+v");
     press("ctrl+super+v");
     EXPECT_EQ(presses.count(), 2);
