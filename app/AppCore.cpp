@@ -40,12 +40,13 @@ void AppCore::start()
 {
     sharedCore = this;
     auto *picker = new ContentView(m_store, m_settings);
-    m_panelController = std::make_unique<PanelController>(picker, m_platform.workspace);
+    m_panelController = std::make_unique<PanelController>(picker, m_platform.workspace, m_platform.desktopWindows);
     m_panelController->setClickMonitor(&m_platform.clickMonitor);
     m_watcher = std::make_unique<ClipboardWatcher>(m_platform.pasteboard, m_platform.workspace, m_store, m_settings);
     m_watcher->start();
     picker->setPanelController(m_panelController.get());
-    picker->setWorkspace(&m_platform.workspace);
+    picker->setDesktopWindows(&m_platform.desktopWindows);
+    picker->setPasteKeystroke(&m_platform.pasteKeystroke);
     picker->setWatcher(m_watcher.get());
     m_hotkey = std::make_unique<GlobalHotKey>(m_platform.keyGrabber);
     applyHotkey();
@@ -53,6 +54,7 @@ void AppCore::start()
     m_updater.startAutomaticChecks();
     m_statusMenu = std::make_unique<StatusMenu>(*this);
     SettingsWindow::shared().setModel(m_settings, m_store);
+    SettingsWindow::shared().setPasteKeystroke(&m_platform.pasteKeystroke);
 }
 
 void AppCore::applyHotkey()

@@ -12,6 +12,7 @@ class AppSettings;
 class ClipboardWatcher;
 class GlobalHotKey;
 class PanelController;
+class PasteKeystroke;
 class StatusMenu;
 class UpdaterController;
 
@@ -42,6 +43,8 @@ public:
     PanelController *panelController() const { return m_panelController.get(); }
     GlobalHotKey *hotkey() const { return m_hotkey.get(); }
     StatusMenu &statusMenu() const { return *m_statusMenu; }
+    // Types the paste shortcut into the window pasted into.
+    PasteKeystroke &pasteKeystroke() const { return m_platform.pasteKeystroke; }
 
     // The tray menu's commands.
     void togglePanelAction();

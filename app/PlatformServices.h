@@ -2,7 +2,9 @@
 #pragma once
 
 class ClickMonitor;
+class DesktopWindows;
 class KeyGrabber;
+class PasteKeystroke;
 class Pasteboard;
 class Workspace;
 
@@ -13,4 +15,6 @@ struct PlatformServices {
     Workspace &workspace;
     KeyGrabber &keyGrabber;
     ClickMonitor &clickMonitor;
+    DesktopWindows &desktopWindows;
+    PasteKeystroke &pasteKeystroke;
 };

@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "DesktopWindows.h"
 #include "WindowActivation.h"
-#include "Workspace.h"
 
-// Activates our windows the way the workspace activates any application's.
+// Activates our windows the way the desktop activates any application's.
 class WorkspaceWindowActivation : public WindowActivation {
 public:
-    explicit WorkspaceWindowActivation(Workspace &workspace)
-        : m_workspace(workspace)
+    explicit WorkspaceWindowActivation(DesktopWindows &windows)
+        : m_windows(windows)
     {
     }
 
-    void activate(quint64 windowId) override { m_workspace.activate({ windowId, Workspace::ownIdentifier }); }
+    void activate(quint64 windowId) override { m_windows.activate({ windowId, Workspace::ownIdentifier }); }
 
 private:
-    Workspace &m_workspace;
+    DesktopWindows &m_windows;
 };

@@ -12,6 +12,7 @@
 #include "WorkspaceWindowActivation.h"
 #include "X11ClickMonitor.h"
 #include "X11KeyGrabber.h"
+#include "X11PasteKeystroke.h"
 #include "X11Workspace.h"
 #include "XkbKeyLayout.h"
 
@@ -31,8 +32,13 @@ bool ZettlyAppDelegate::applicationDidFinishLaunching()
     m_workspace = std::make_unique<X11Workspace>();
     m_keyGrabber = std::make_unique<X11KeyGrabber>();
     m_clickMonitor = std::make_unique<X11ClickMonitor>();
+    // Without XTest it sends nothing, quietly: the entry stays on the
+    // clipboard for the user to paste.
+    m_pasteKeystroke = std::make_unique<X11PasteKeystroke>();
     m_core = std::make_unique<AppCore>(AppSettings::shared(), HistoryFolder::standardPath(),
-        PlatformServices { *m_pasteboard, *m_workspace, *m_keyGrabber, *m_clickMonitor }, UpdaterController::shared());
+        PlatformServices {
+            *m_pasteboard, *m_workspace, *m_keyGrabber, *m_clickMonitor, *m_workspace, *m_pasteKeystroke },
+        UpdaterController::shared());
     m_core->start();
     QObject::connect(&m_channel, &InstanceChannel::commandReceived, &m_channel,
         [this](InstanceChannel::Command command) { onCommandReceived(command); });

@@ -10,6 +10,7 @@ class AppCore;
 class X11ClickMonitor;
 class X11KeyGrabber;
 class Pasteboard;
+class X11PasteKeystroke;
 class X11Workspace;
 class WorkspaceWindowActivation;
 class XkbKeyLayout;
@@ -34,6 +35,7 @@ private:
     std::unique_ptr<X11Workspace> m_workspace;
     std::unique_ptr<X11KeyGrabber> m_keyGrabber;
     std::unique_ptr<X11ClickMonitor> m_clickMonitor;
+    std::unique_ptr<X11PasteKeystroke> m_pasteKeystroke;
     std::unique_ptr<XkbKeyLayout> m_keyLayout;
     std::unique_ptr<WorkspaceWindowActivation> m_windowActivation;
     std::unique_ptr<AppCore> m_core;

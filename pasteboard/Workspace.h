@@ -17,7 +17,8 @@ struct RunningApp {
     friend bool operator==(const RunningApp &, const RunningApp &) = default;
 };
 
-// The desktop's applications, as far as Zettly needs them.
+// Which application the user is working in: capture records it with each
+// copy, the picker remembers it to paste back into.
 class Workspace {
 public:
     // Our own windows identify as this.
@@ -27,14 +28,4 @@ public:
 
     // The application whose window is active, if any.
     virtual std::optional<RunningApp> frontmostApp() const = 0;
-    // Brings the application's window to the front and gives it the focus.
-    // Does nothing when the window has gone.
-    virtual void activate(const RunningApp &app) = 0;
-    // Whether a compositing manager runs, so that windows may be translucent.
-    virtual bool hasCompositor() const = 0;
-    // Asks for one of our top-level windows to be a floating panel: on every
-    // desktop, without a taskbar or pager entry. Takes effect at the next
-    // mapping, so call it while the window is hidden: window managers drop
-    // these hints when a window is withdrawn.
-    virtual void prepareFloatingPanel(quint64 windowId) = 0;
 };

@@ -288,8 +288,8 @@ void ContentView::paste(const ClipItem &item)
     std::optional<RunningApp> target;
     if (m_controller) {
         target = m_controller->previousApp();
-        if (target && m_workspace)
-            m_workspace->activate(*target);
+        if (target && m_desktopWindows)
+            m_desktopWindows->activate(*target);
         m_controller->hide();
     }
     if (!autoPaste)

@@ -9,6 +9,7 @@ class AppSettings;
 class ClipListModel;
 class ClipboardStore;
 class ClipboardWatcher;
+class DesktopWindows;
 class PanelController;
 class PanelState;
 class PasteKeystroke;
@@ -16,7 +17,6 @@ class QLabel;
 class QLineEdit;
 class QListView;
 class QStackedWidget;
-class Workspace;
 
 // The whole picker inside the panel: the search field, the filtered history
 // (or a word saying why there is none), the key hints, the number of entries
@@ -33,7 +33,7 @@ public:
     // What a paste needs beyond the history; each may stay unset, and what
     // needs it then does nothing.
     void setPanelController(PanelController *controller) { m_controller = controller; }
-    void setWorkspace(Workspace *workspace) { m_workspace = workspace; }
+    void setDesktopWindows(DesktopWindows *windows) { m_desktopWindows = windows; }
     void setWatcher(ClipboardWatcher *watcher) { m_watcher = watcher; }
     void setPasteKeystroke(PasteKeystroke *keystroke) { m_keystroke = keystroke; }
 
@@ -86,7 +86,7 @@ private:
     PanelState *m_state;
     ClipListModel *m_model;
     PanelController *m_controller = nullptr;
-    Workspace *m_workspace = nullptr;
+    DesktopWindows *m_desktopWindows = nullptr;
     ClipboardWatcher *m_watcher = nullptr;
     PasteKeystroke *m_keystroke = nullptr;
 

@@ -42,9 +42,11 @@ QList<PanelPlacement::Screen> screens(qsizetype &primaryIndex)
 
 } // namespace
 
-PanelController::PanelController(QWidget *rootView, Workspace &workspace, QObject *parent)
+PanelController::PanelController(
+    QWidget *rootView, Workspace &workspace, DesktopWindows &desktopWindows, QObject *parent)
     : QObject(parent)
     , m_workspace(workspace)
+    , m_desktopWindows(desktopWindows)
     , m_panel(std::make_unique<ClipPanel>(rootView))
     , m_fadeIn(new QPropertyAnimation(m_panel.get(), "windowOpacity", this))
     , m_fadeOut(new QPropertyAnimation(m_panel.get(), "windowOpacity", this))
@@ -87,11 +89,14 @@ void PanelController::setClickMonitor(ClickMonitor *monitor)
 
 void PanelController::showNearCursor()
 {
+    // A panel fading out has handed the focus on, though Qt may not have
+    // said so yet: that late report must not hide this showing.
+    const bool wasFadingOut = m_fadeOut->state() == QAbstractAnimation::Running;
     // Stopping the fade-out keeps its end from hiding this showing.
     m_fadeOut->stop();
     m_fadeIn->stop();
     m_focusCheck->stop();
-    m_focusArrived = m_panel->isVisible() && QGuiApplication::focusWindow() == m_panel->windowHandle();
+    m_focusArrived = !wasFadingOut && m_panel->isVisible() && QGuiApplication::focusWindow() == m_panel->windowHandle();
 
     if (const std::optional<RunningApp> front = m_workspace.frontmostApp();
         front && front->identifier != Workspace::ownIdentifier)
@@ -101,14 +106,14 @@ void PanelController::showNearCursor()
     const QList<PanelPlacement::Screen> all = screens(primaryIndex);
     m_panel->move(PanelPlacement::topLeft(QCursor::pos(), all, primaryIndex));
 
-    const bool fade = m_workspace.hasCompositor();
+    const bool fade = m_desktopWindows.hasCompositor();
     m_panel->setTranslucent(fade);
     m_panel->setWindowOpacity(fade ? 0.0 : 1.0);
     // A panel still on the screen starts over where it is mapped: unmapped
     // and mapped again at once, it would meet the window manager's late
     // withdrawal, which strips the hints set for the new mapping.
     if (!m_panel->isVisible())
-        m_workspace.prepareFloatingPanel(m_panel->winId());
+        m_desktopWindows.prepareFloatingPanel(m_panel->winId());
     m_panel->show();
     m_panel->raise();
     // X11 has no panel that takes keys without being active: it takes the
@@ -124,7 +129,7 @@ void PanelController::showNearCursor()
         m_clickMonitor->start();
 }
 
-void PanelController::hide()
+void PanelController::hide(HideReason reason)
 {
     m_shown = false;
     if (m_clickMonitor)
@@ -141,7 +146,10 @@ void PanelController::hide()
             m_panel->hide();
         }
     }
-    if (hadFocus)
+    // After a click elsewhere the window manager has already focused the
+    // clicked window, or is about to: Qt may not have heard yet that the
+    // panel lost the focus, and handing it back would undo the user's click.
+    if (hadFocus && reason == HideReason::Dismissed)
         giveFocusBack();
 }
 
@@ -152,7 +160,7 @@ bool PanelController::eventFilter(QObject *watched, QEvent *event)
     return QObject::eventFilter(watched, event);
 }
 
-// Through the workspace rather than QWidget::activateWindow(): Qt asks as an
+// Through the window manager rather than QWidget::activateWindow(): Qt asks as an
 // application, which focus-stealing prevention may refuse while another
 // application is in front, and that is always the case here.
 void PanelController::takeFocusIfExposed()
@@ -160,7 +168,7 @@ void PanelController::takeFocusIfExposed()
     if (!m_focusPending || !m_panel->isVisible() || !m_panel->windowHandle()->isExposed())
         return;
     m_focusPending = false;
-    m_workspace.activate({ m_panel->winId(), Workspace::ownIdentifier });
+    m_desktopWindows.activate({ m_panel->winId(), Workspace::ownIdentifier });
 }
 
 void PanelController::followFocus(QWindow *focus)
@@ -173,7 +181,7 @@ void PanelController::followFocus(QWindow *focus)
     if (focus || !m_shown || !m_panel->isVisible())
         return;
     if (m_focusArrived) {
-        hide();
+        hide(HideReason::ClickedElsewhere);
         return;
     }
     // Qt reports a lost focus up to 0.4 s late, so this one may have been
@@ -189,13 +197,13 @@ void PanelController::hideIfAnotherAppInFront()
         return;
     const std::optional<RunningApp> front = m_workspace.frontmostApp();
     if (!front || front->identifier != Workspace::ownIdentifier)
-        hide();
+        hide(HideReason::ClickedElsewhere);
 }
 
 void PanelController::giveFocusBack()
 {
     if (m_previousApp)
-        m_workspace.activate(*m_previousApp);
+        m_desktopWindows.activate(*m_previousApp);
 }
 
 void PanelController::hideIfClickedOutside()
@@ -203,5 +211,5 @@ void PanelController::hideIfClickedOutside()
     // Raw presses carry no position: the pointer is taken to be still where
     // it was pressed. Our own windows, the panel or the preferences, keep it.
     if (m_shown && !QGuiApplication::topLevelAt(QCursor::pos()))
-        hide();
+        hide(HideReason::ClickedElsewhere);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "DesktopWindows.h"
 #include "Workspace.h"
 
 #include <QObject>
@@ -23,17 +24,26 @@ class PanelController : public QObject {
     Q_OBJECT
 
 public:
+    // Why the panel goes away, which decides where the focus goes.
+    enum class HideReason {
+        // Escape, the shortcut, a paste: the focus goes back to the
+        // application that was in front, if the panel still had it.
+        Dismissed,
+        // The user chose another window (a click, another window
+        // activated): the focus stays where the user put it.
+        ClickedElsewhere,
+    };
+
     // The panel hosts rootView, which it takes.
-    PanelController(QWidget *rootView, Workspace &workspace, QObject *parent = nullptr);
+    PanelController(QWidget *rootView, Workspace &workspace, DesktopWindows &desktopWindows, QObject *parent = nullptr);
     ~PanelController() override;
 
     // Places the panel beside the pointer, shows it with the keyboard focus,
     // and remembers the application that was in front unless it is our own.
     // A show while shown, or while fading out, starts over.
     void showNearCursor();
-    // Fades the panel out and gives the focus back to the application that
-    // was in front, if the panel still had it.
-    void hide();
+    // Fades the panel out.
+    void hide(HideReason reason = HideReason::Dismissed);
 
     // Also hide on a click that lands outside our windows, focus or not.
     void setClickMonitor(ClickMonitor *monitor);
@@ -53,6 +63,7 @@ private:
     void hideIfClickedOutside();
 
     Workspace &m_workspace;
+    DesktopWindows &m_desktopWindows;
     ClickMonitor *m_clickMonitor = nullptr;
     std::unique_ptr<ClipPanel> m_panel;
     QPropertyAnimation *m_fadeIn;

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "DesktopWindows.h"
 #include "Workspace.h"
 
 #include <QList>
 
 // A desktop in memory, for tests: the frontmost application is whatever the
 // test says, and activating one makes it frontmost.
-class MemoryWorkspace : public Workspace {
+class MemoryWorkspace : public Workspace, public DesktopWindows {
 public:
     void setFrontmostApp(std::optional<RunningApp> app) { m_frontmost = std::move(app); }
     // Shorthand for an application with this identifier in front.

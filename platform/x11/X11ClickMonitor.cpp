@@ -11,6 +11,18 @@
 #include <cstdlib>
 #include <memory>
 
+namespace {
+
+// The left and the right button; the middle one and the wheel's steps (4 to
+// 7) leave the picker open. Raw events carry the physical button, before a
+// left-handed mapping swaps these two: both count all the same.
+bool isLeftOrRight(uint32_t button)
+{
+    return button == 1 || button == 3;
+}
+
+} // namespace
+
 X11ClickMonitor::X11ClickMonitor(QObject *parent)
     : ClickMonitor(parent)
     , m_connection(xcb_connect(nullptr, nullptr))
@@ -58,7 +70,7 @@ void X11ClickMonitor::select(bool rawButtonPresses)
         xcb_input_event_mask_t head;
         quint32 mask;
     } selection { { XCB_INPUT_DEVICE_ALL_MASTER, 1 },
-        rawButtonPresses ? XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS : 0u };
+        rawButtonPresses ? quint32(XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS) : 0u };
     xcb_input_xi_select_events(m_connection, m_root, 1, &selection.head);
     xcb_flush(m_connection);
 }
@@ -74,8 +86,9 @@ void X11ClickMonitor::readEvents()
     bool pressed = false;
     while (xcb_generic_event_t *event = xcb_poll_for_event(m_connection)) {
         if ((event->response_type & 0x7f) == XCB_GE_GENERIC) {
-            const auto *generic = reinterpret_cast<const xcb_ge_generic_event_t *>(event);
-            pressed |= generic->extension == m_xinputOpcode && generic->event_type == XCB_INPUT_RAW_BUTTON_PRESS;
+            const auto *raw = reinterpret_cast<const xcb_input_raw_button_press_event_t *>(event);
+            pressed |= raw->extension == m_xinputOpcode && raw->event_type == XCB_INPUT_RAW_BUTTON_PRESS
+                && isLeftOrRight(raw->detail);
         }
         std::free(event);
     }

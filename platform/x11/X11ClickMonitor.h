@@ -8,9 +8,10 @@
 class QSocketNotifier;
 struct xcb_connection_t;
 
-// Every button press on the display, through XInput 2 raw events on the root
-// window. On an X connection of its own, read on the main thread as it
-// becomes readable, so that Qt's own XInput handling never sees these events.
+// Every left or right button press on the display, through XInput 2 raw
+// events on the root window. On an X connection of its own, read on the main
+// thread as it becomes readable, so that Qt's own XInput handling never sees
+// these events.
 class X11ClickMonitor : public ClickMonitor {
     Q_OBJECT
 

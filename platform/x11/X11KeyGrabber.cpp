@@ -6,6 +6,7 @@
 
 #include "HotKeyConfig.h"
 #include "KeyPositions.h"
+#include "X11KeyCodes.h"
 
 #include <QGuiApplication>
 #include <QLoggingCategory>
@@ -25,8 +26,6 @@ const QLoggingCategory &lcKeyGrabber()
     return lcX11();
 }
 
-// X11 numbers keys as evdev codes shifted by 8.
-constexpr quint32 evdevToXKeyCode = 8;
 constexpr xcb_keysym_t numLockKeysym = 0xff7f;
 constexpr quint16 modifierBits = 0xff;
 
@@ -128,7 +127,7 @@ void X11KeyGrabber::ungrab()
 bool X11KeyGrabber::takeGrab()
 {
     const xcb_setup_t *setup = xcb_get_setup(m_connection);
-    const quint32 keyCode = *KeyPositions::evdevCode(m_grab->keyCode) + evdevToXKeyCode;
+    const quint32 keyCode = *KeyPositions::evdevCode(m_grab->keyCode) + X11KeyCodes::evdevOffset;
     if (keyCode < setup->min_keycode || keyCode > setup->max_keycode) {
         release(std::exchange(m_variants, {}));
         return false;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "DesktopWindows.h"
 #include "Workspace.h"
 
 struct xcb_connection_t;
@@ -10,8 +11,9 @@ struct xcb_connection_t;
 // top-level window holding the input focus. An application is identified by
 // its desktop-entry id (_GTK_APPLICATION_ID, _KDE_NET_WM_DESKTOP_FILE) when
 // the window carries one, else by its WM_CLASS class; windows of this process
-// identify as Workspace::ownIdentifier.
-class X11Workspace : public Workspace {
+// identify as Workspace::ownIdentifier. Also serves the picker's requests on
+// its panel window, which need the same EWMH look-ups.
+class X11Workspace : public Workspace, public DesktopWindows {
 public:
     // Uses Qt's connection: needs a QGuiApplication on the xcb platform.
     X11Workspace();

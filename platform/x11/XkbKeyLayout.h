@@ -7,6 +7,7 @@
 
 struct xcb_connection_t;
 struct xkb_context;
+struct xkb_keymap;
 
 // Reads the X server's current keyboard layout through xkbcommon: which
 // character a key position types on the effective layout group, at the base
@@ -29,7 +30,22 @@ public:
 
     std::optional<QString> character(quint32 keyCode) const override;
 
+    // The X key code of the key that types this lower-case letter at the base
+    // level: on the effective layout group, else on another group (the
+    // Latin one of a layout pair such as us,ru). None when no group has it.
+    std::optional<quint8> xKeyCodeTyping(char32_t letter) const;
+
 private:
+    struct KeymapDeleter {
+        void operator()(xkb_keymap *keymap) const;
+    };
+    // The server's keymap now, and the group in effect.
+    struct Current {
+        std::unique_ptr<xkb_keymap, KeymapDeleter> keymap;
+        quint32 group = 0;
+    };
+    std::optional<Current> current() const;
+
     xcb_connection_t *m_connection = nullptr;
     bool m_ownsConnection = false;
     int m_deviceId = -1;

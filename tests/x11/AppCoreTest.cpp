@@ -8,6 +8,7 @@
 #include "MemoryClickMonitor.h"
 #include "MemoryKeyGrabber.h"
 #include "MemoryPasteboard.h"
+#include "MemoryPasteKeystroke.h"
 #include "MemoryWorkspace.h"
 #include "PanelController.h"
 #include "ScriptedUpdateCheck.h"
@@ -33,11 +34,12 @@ TEST(AppCore, StartsEverythingAndFollowsTheShortcutSetting)
     MemoryWorkspace workspace;
     MemoryKeyGrabber keyGrabber;
     MemoryClickMonitor clicks;
+    MemoryPasteKeystroke keystroke;
     auto *updateCheck = new ScriptedUpdateCheck;
     UpdaterController updater(
         updateCheck, QStringLiteral("5"), QStringLiteral("1.0"), UpdaterController::AutomaticChecks::Off);
-    AppCore core(
-        settings, home.filePath(QStringLiteral("Zettly")), { pasteboard, workspace, keyGrabber, clicks }, updater);
+    AppCore core(settings, home.filePath(QStringLiteral("Zettly")),
+        { pasteboard, workspace, keyGrabber, clicks, workspace, keystroke }, updater);
     EXPECT_EQ(AppCore::shared(), nullptr);
     core.start();
     EXPECT_EQ(AppCore::shared(), &core);

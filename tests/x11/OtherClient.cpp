@@ -23,7 +23,7 @@ xcb_atom_t OtherClient::atom(std::string_view name) const
 {
     const XcbReply<xcb_intern_atom_reply_t> reply(
         xcb_intern_atom_reply(m_connection, xcb_intern_atom(m_connection, false, name.size(), name.data()), nullptr));
-    return reply ? reply->atom : XCB_ATOM_NONE;
+    return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
 }
 
 void OtherClient::sync() const
@@ -84,7 +84,7 @@ xcb_window_t OtherClient::inputFocus() const
 {
     const XcbReply<xcb_get_input_focus_reply_t> reply(
         xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
-    return reply ? reply->focus : XCB_WINDOW_NONE;
+    return reply ? reply->focus : xcb_window_t(XCB_WINDOW_NONE);
 }
 
 bool OtherClient::setInputFocus(xcb_window_t window)

@@ -2,6 +2,7 @@
 #include "RunningZettly.h"
 
 #include "HistoryCodec.h"
+#include "OtherClient.h"
 #include "XClip.h"
 
 #include <QDir>
@@ -30,6 +31,14 @@ RunningZettly::~RunningZettly()
     }
 }
 
+bool RunningZettly::writeSettings(const QByteArray &json)
+{
+    QDir config(m_home.filePath(QStringLiteral("config")));
+    QFile file(config.filePath(QStringLiteral("Zettly/defaults.json")));
+    return config.mkpath(QStringLiteral("Zettly")) && file.open(QIODevice::WriteOnly)
+        && file.write(json) == json.size();
+}
+
 QProcess &RunningZettly::start()
 {
     auto *process = new QProcess;
@@ -56,13 +65,30 @@ bool RunningZettly::waitUntilRecording()
 
 QStringList RunningZettly::savedTexts() const
 {
-    QFile file(m_home.filePath(QStringLiteral("data/Zettly/clips.json")));
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
     QStringList texts;
-    for (const ClipItem &item : HistoryCodec::decode(file.readAll()).value_or(QList<ClipItem>()))
+    for (const ClipItem &item : savedItems())
         texts.append(item.fullText.value_or(item.preview));
     return texts;
+}
+
+QList<ClipItem> RunningZettly::savedItems() const
+{
+    return HistoryCodec::decode(historyFile()).value_or(QList<ClipItem>());
+}
+
+QByteArray RunningZettly::historyFile() const
+{
+    QFile file(m_home.filePath(QStringLiteral("data/Zettly/clips.json")));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+std::optional<QRect> RunningZettly::panelOf(const OtherClient &display, const QProcess &app)
+{
+    for (const QRect &window : display.visibleWindowsOf(app.processId())) {
+        if (window.size() == QSize(360, 480))
+            return window;
+    }
+    return std::nullopt;
 }
 
 bool RunningZettly::waitForNewest(const QString &text) const

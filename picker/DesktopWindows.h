@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Workspace.h"
+
+#include <QtGlobal>
+
+// What the picker asks of the desktop's window manager for its panel: to be
+// a floating panel, to take and hand back the keyboard focus, and whether
+// it may be translucent.
+class DesktopWindows {
+public:
+    virtual ~DesktopWindows() = default;
+
+    // Brings the application's window to the front and gives it the focus.
+    // Does nothing when the window has gone.
+    virtual void activate(const RunningApp &app) = 0;
+    // Whether a compositing manager runs, so that windows may be translucent.
+    virtual bool hasCompositor() const = 0;
+    // Asks for one of our top-level windows to be a floating panel: on every
+    // desktop, without a taskbar or pager entry. Takes effect at the next
+    // mapping, so call it while the window is hidden: window managers drop
+    // these hints when a window is withdrawn.
+    virtual void prepareFloatingPanel(quint64 windowId) = 0;
+};

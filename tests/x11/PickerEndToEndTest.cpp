@@ -1,0 +1,227 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "OtherClient.h"
+#include "RunningZettly.h"
+#include "TextTarget.h"
+#include "XcbReply.h"
+#include "XClip.h"
+#include "XDoTool.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+// The real executable under a window manager, driven as a person would:
+// three copies, then the picker over a text window of another process.
+namespace {
+
+constexpr int patience = 10'000;
+// The pointer sits right of the text window, so the panel does not cover it.
+constexpr QPoint pointer { 700, 150 };
+// The panel's rows: below the 28 px search field with its margins, the
+// divider and the list's inset; all of one height.
+constexpr int firstRowTop = 10 + 28 + 6 + 1 + 3;
+constexpr int rowHeight = 52;
+
+const QString first = QStringLiteral("pomme de terre");
+const QString second = QStringLiteral("Bonjour tout le monde");
+// Its last word lies past the 200 characters of the list's preview.
+const QString third = QString(QStringLiteral("lorem ipsum ")).repeated(20) + QStringLiteral("zanzibar");
+
+class PickerEndToEnd : public ::testing::Test {
+protected:
+    // Rows, newest first: third, second, first.
+    void start(const QByteArray &settings = {})
+    {
+        if (!settings.isEmpty()) {
+            ASSERT_TRUE(zettly.writeSettings(settings));
+        }
+        app = &zettly.start();
+        ASSERT_TRUE(zettly.waitUntilRecording());
+        for (const QString &text : { first, second, third }) {
+            XClip::copy(text.toUtf8());
+            ASSERT_TRUE(zettly.waitForNewest(text));
+        }
+        ASSERT_TRUE(target.start());
+    }
+
+    bool openPanel()
+    {
+        if (!XDoTool::moveTo(pointer) || !XDoTool::key({ QStringLiteral("ctrl+super+v") }))
+            return false;
+        // Keys pressed before the panel has the focus go elsewhere.
+        return QTest::qWaitFor(
+            [&] {
+                panel = RunningZettly::panelOf(display, *app);
+                return panel.has_value() && focusedProcess() == app->processId();
+            },
+            patience);
+    }
+
+    qint64 focusedProcess() const
+    {
+        xcb_connection_t *connection = display.connection();
+        const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection,
+            xcb_get_property(
+                connection, false, display.inputFocus(), display.atom("_NET_WM_PID"), XCB_ATOM_CARDINAL, 0, 1),
+            nullptr));
+        if (!reply || xcb_get_property_value_length(reply.get()) != 4)
+            return 0;
+        return *static_cast<const uint32_t *>(xcb_get_property_value(reply.get()));
+    }
+
+    bool panelGone() const
+    {
+        return QTest::qWaitFor([&] { return !RunningZettly::panelOf(display, *app); }, patience);
+    }
+
+    QPoint rowCenter(int row) const
+    {
+        return panel->topLeft() + QPoint(panel->width() / 2, firstRowTop + rowHeight * row + rowHeight / 2);
+    }
+
+    // Types into the window the focus went back to: what it then holds
+    // shows whether anything was pasted before.
+    void expectNothingPastedAfter(const QString &before)
+    {
+        ASSERT_TRUE(target.waitForFocus());
+        ASSERT_TRUE(XDoTool::type(QStringLiteral("x")));
+        EXPECT_TRUE(target.waitForText(before + QStringLiteral("x"))) << target.text().toStdString();
+    }
+
+    bool clipboardHolds(const QString &text) const
+    {
+        return QTest::qWaitFor([&] { return XClip::paste() == text.toUtf8(); }, patience);
+    }
+
+    RunningZettly zettly;
+    QProcess *app = nullptr;
+    TextTarget target;
+    OtherClient display;
+    std::optional<QRect> panel;
+};
+
+TEST_F(PickerEndToEnd, PastesTheChosenEntryIntoTheWindowBefore)
+{
+    start();
+    const QByteArray history = zettly.historyFile();
+    const struct {
+        const char *name;
+        QStringList typed;
+        QStringList keys;
+        std::optional<int> clickedRow;
+        QString pasted;
+    } rows[] = {
+        { "typed filter", { QStringLiteral("terre") }, { QStringLiteral("Return") }, {}, first },
+        { "word past the preview", { QStringLiteral("zanzibar") }, { QStringLiteral("Return") }, {}, third },
+        { "arrows", {},
+            { QStringLiteral("Down"), QStringLiteral("Down"), QStringLiteral("Up"), QStringLiteral("Return") }, {},
+            second },
+        { "keypad Enter with Shift", {}, { QStringLiteral("Down"), QStringLiteral("shift+KP_Enter") }, {}, second },
+        { "click on a row", {}, {}, 2, first },
+    };
+    QString expected;
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.name);
+        ASSERT_TRUE(openPanel());
+        for (const QString &text : row.typed)
+            ASSERT_TRUE(XDoTool::type(text));
+        if (!row.keys.isEmpty()) {
+            ASSERT_TRUE(XDoTool::key(row.keys));
+        }
+        if (row.clickedRow) {
+            ASSERT_TRUE(XDoTool::click(rowCenter(*row.clickedRow)));
+        }
+        expected += row.pasted;
+        EXPECT_TRUE(target.waitForText(expected)) << target.text().toStdString();
+        EXPECT_TRUE(panelGone());
+        EXPECT_TRUE(clipboardHolds(row.pasted));
+    }
+    // Pasting records nothing and moves nothing.
+    EXPECT_EQ(zettly.historyFile(), history);
+}
+
+TEST_F(PickerEndToEnd, EscapeCopyOnlyPinAndDeletePasteNothing)
+{
+    start();
+    ASSERT_TRUE(openPanel());
+    ASSERT_TRUE(XDoTool::key({ QStringLiteral("Escape") }));
+    EXPECT_TRUE(panelGone());
+    expectNothingPastedAfter({});
+
+    // The second row's menu: "Coller", "Épingler", "Copier sans coller".
+    ASSERT_TRUE(openPanel());
+    ASSERT_TRUE(XDoTool::click(rowCenter(1), 3));
+    ASSERT_TRUE(XDoTool::key(
+        { QStringLiteral("Down"), QStringLiteral("Down"), QStringLiteral("Down"), QStringLiteral("Return") }));
+    EXPECT_TRUE(clipboardHolds(second));
+    EXPECT_TRUE(RunningZettly::panelOf(display, *app));
+
+    // Space pins the selected row, which moves to the top.
+    ASSERT_TRUE(XDoTool::key({ QStringLiteral("Down"), QStringLiteral("space") }));
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] {
+            const QList<ClipItem> items = zettly.savedItems();
+            return !items.isEmpty() && items.first().pinned && items.first().fullText == second;
+        },
+        patience));
+    // The selection keeps its index while the rows move under it: Backspace
+    // deletes what is now the second row.
+    ASSERT_TRUE(XDoTool::key({ QStringLiteral("BackSpace") }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !zettly.savedTexts().contains(third); }, patience));
+    EXPECT_EQ(zettly.savedTexts().mid(0, 2), (QStringList { second, first }));
+
+    ASSERT_TRUE(XDoTool::key({ QStringLiteral("Escape") }));
+    EXPECT_TRUE(panelGone());
+    expectNothingPastedAfter(QStringLiteral("x"));
+}
+
+TEST_F(PickerEndToEnd, WithoutAutoPasteTheEntryOnlyGoesOnTheClipboard)
+{
+    start(R"({ "zettly.autoPaste": false })");
+    ASSERT_TRUE(openPanel());
+    ASSERT_TRUE(XDoTool::type(QStringLiteral("terre")));
+    ASSERT_TRUE(XDoTool::key({ QStringLiteral("Return") }));
+    EXPECT_TRUE(panelGone());
+    EXPECT_TRUE(clipboardHolds(first));
+    expectNothingPastedAfter({});
+    // A keystroke sent late would land by the end of one more showing.
+    ASSERT_TRUE(openPanel());
+    ASSERT_TRUE(XDoTool::key({ QStringLiteral("Escape") }));
+    EXPECT_TRUE(panelGone());
+    expectNothingPastedAfter(QStringLiteral("x"));
+}
+
+// lxterminal pastes the clipboard on Ctrl+Shift+V; Ctrl+V would type ^V.
+TEST_F(PickerEndToEnd, PastesIntoATerminal)
+{
+    start();
+    QTemporaryDir folder;
+    const QString output = folder.filePath(QStringLiteral("typed"));
+    QProcess terminal;
+    terminal.start(QStringLiteral("lxterminal"),
+        { QStringLiteral("--no-remote"), QStringLiteral("--geometry=60x10"), QStringLiteral("-e"),
+            QStringLiteral("sh -c 'stty -icanon -echo; exec cat > %1'").arg(output) });
+    // The window manager focuses the new window; cat then listens.
+    ASSERT_TRUE(QTest::qWaitFor([&] { return QFile::exists(output); }, patience));
+    ASSERT_TRUE(target.waitForText({}));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return display.visibleWindowsOf(terminal.processId()).size() > 0; }, patience));
+
+    ASSERT_TRUE(openPanel());
+    ASSERT_TRUE(XDoTool::type(QStringLiteral("Bonjour")));
+    ASSERT_TRUE(XDoTool::key({ QStringLiteral("Return") }));
+    QFile typed(output);
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] {
+            typed.open(QIODevice::ReadOnly);
+            const QByteArray bytes = typed.readAll();
+            typed.close();
+            return bytes == second.toUtf8();
+        },
+        patience));
+    terminal.terminate();
+    terminal.waitForFinished();
+}
+
+} // namespace

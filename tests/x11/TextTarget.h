@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QProcess>
+#include <QString>
+
+// A text window of another process (tests/tools/text_target.cpp), which a
+// paste lands in: what it holds, and whether it has the keyboard focus.
+class TextTarget {
+public:
+    TextTarget();
+    ~TextTarget();
+
+    // Started, mapped and focused.
+    bool start();
+    bool waitForFocus();
+    bool waitForText(const QString &text);
+    QString text();
+    qint64 processId() const { return m_process.processId(); }
+
+private:
+    void read();
+
+    QProcess m_process;
+    QString m_text;
+    bool m_focused = false;
+};
