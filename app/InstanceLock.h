@@ -14,6 +14,10 @@ public:
     // False when another running copy holds the lock.
     bool tryLock() { return m_lock.tryLock(0); }
 
+    // A file of the running copy's in $XDG_RUNTIME_DIR, named like the lock
+    // with another suffix.
+    static QString runtimePath(const QString &suffix);
+
 private:
     QLockFile m_lock;
 };

@@ -4,12 +4,14 @@
 #include "AppCore.h"
 #include "AppSettings.h"
 #include "HistoryFolder.h"
+#include "PanelController.h"
+#include "Pasteboard.h"
+#include "SessionPasteboard.h"
 #include "SettingsWindow.h"
 #include "UpdaterController.h"
 #include "WorkspaceWindowActivation.h"
 #include "X11ClickMonitor.h"
 #include "X11KeyGrabber.h"
-#include "X11Pasteboard.h"
 #include "X11PasteKeystroke.h"
 #include "X11Workspace.h"
 #include "XkbKeyLayout.h"
@@ -33,7 +35,7 @@ bool ZettlyAppDelegate::applicationDidFinishLaunching()
     // happen under the running copy's feet.
     if (!m_instanceLock.tryLock())
         return false;
-    m_pasteboard = std::make_unique<X11Pasteboard>();
+    m_pasteboard = openSessionPasteboard();
     m_workspace = std::make_unique<X11Workspace>();
     m_keyGrabber = std::make_unique<X11KeyGrabber>();
     m_clickMonitor = std::make_unique<X11ClickMonitor>();
@@ -45,6 +47,9 @@ bool ZettlyAppDelegate::applicationDidFinishLaunching()
             *m_pasteboard, *m_workspace, *m_keyGrabber, *m_clickMonitor, *m_workspace, *m_pasteKeystroke },
         UpdaterController::shared());
     m_core->start();
+    QObject::connect(&m_channel, &InstanceChannel::commandReceived, &m_channel,
+        [this](InstanceChannel::Command command) { onCommandReceived(command); });
+    m_channel.listen();
     m_keyLayout = XkbKeyLayout::open();
     m_windowActivation = std::make_unique<WorkspaceWindowActivation>(*m_workspace);
     SettingsWindow::shared().setKeyLayout(m_keyLayout.get());
@@ -53,4 +58,17 @@ bool ZettlyAppDelegate::applicationDidFinishLaunching()
     // the allocator kept back to the system, as Zettly then idles for hours.
     malloc_trim(0);
     return true;
+}
+
+void ZettlyAppDelegate::onCommandReceived(InstanceChannel::Command command)
+{
+    PanelController *panel = m_core->panelController();
+    const bool show = command == InstanceChannel::Command::Show
+        || (command == InstanceChannel::Command::Toggle && !panel->isShown());
+    if (show == panel->isShown())
+        return;
+    if (show)
+        panel->showNearCursor();
+    else
+        panel->hide();
 }

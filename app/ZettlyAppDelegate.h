@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "InstanceChannel.h"
 #include "InstanceLock.h"
 
 #include <memory>
@@ -8,13 +9,14 @@
 class AppCore;
 class X11ClickMonitor;
 class X11KeyGrabber;
+class Pasteboard;
 class X11PasteKeystroke;
-class X11Pasteboard;
 class X11Workspace;
 class WorkspaceWindowActivation;
 class XkbKeyLayout;
 
-// Starts the app as one instance per user session, on X11.
+// Starts the app as one instance per user session: the clipboard of the
+// session, the rest on X11.
 class ZettlyAppDelegate {
 public:
     ZettlyAppDelegate();
@@ -25,8 +27,11 @@ public:
     bool applicationDidFinishLaunching();
 
 private:
+    void onCommandReceived(InstanceChannel::Command command);
+
     InstanceLock m_instanceLock;
-    std::unique_ptr<X11Pasteboard> m_pasteboard;
+    InstanceChannel m_channel;
+    std::unique_ptr<Pasteboard> m_pasteboard;
     std::unique_ptr<X11Workspace> m_workspace;
     std::unique_ptr<X11KeyGrabber> m_keyGrabber;
     std::unique_ptr<X11ClickMonitor> m_clickMonitor;

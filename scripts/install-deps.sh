@@ -19,6 +19,8 @@ app_packages=(
     libgl-dev libx11-dev libx11-xcb-dev libxcb1-dev libxcb-xkb-dev libxcb-xtest0-dev libxcb-damage0-dev
     libxcb-xfixes0-dev libxcb-xinput-dev libxtst-dev libxkbcommon-dev libxkbcommon-x11-dev libicu-dev
     adwaita-icon-theme
+    # the Wayland clipboard (the wlr data-control protocol file comes with the Rust crate's package)
+    libwayland-dev librust-wayland-protocols-dev qt6-wayland
 )
 test_packages=(
     git
@@ -28,6 +30,8 @@ test_packages=(
     openssl
     # real-X tests
     xvfb xauth x11-xkb-utils xkb-data openbox xdotool xclip x11-utils trayer lxterminal
+    # Wayland tests: a headless sway with XWayland, and native clients
+    sway xwayland wl-clipboard foot wtype
     # the accessibility bus, read as a screen reader does
     python3-pyatspi at-spi2-core dbus-x11
     # packaging test

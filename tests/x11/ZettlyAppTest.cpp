@@ -144,3 +144,49 @@ TEST(ZettlyApp, RunsWithoutTheShortcutWhenAnotherProgramHoldsIt)
     EXPECT_FALSE(panelOf(holder, app));
     EXPECT_EQ(app.state(), QProcess::Running);
 }
+
+// zettly --toggle, --show and --hide drive the running copy's panel and end;
+// with no copy running they say so in one line.
+TEST(ZettlyApp, CommandLineDrivesTheRunningPanel)
+{
+    RunningZettly zettly;
+    const auto run = [&](const QString &option) {
+        QProcess command;
+        command.setProcessEnvironment(zettly.environment());
+        command.start(QStringLiteral(ZETTLY_APP_PATH), { option });
+        const bool ended = command.waitForFinished(10000);
+        return std::make_pair(ended ? command.exitCode() : -1, command.readAllStandardError().trimmed());
+    };
+    for (const QString &option : { QStringLiteral("--toggle"), QStringLiteral("--inconnue") }) {
+        const auto [exitCode, error] = run(option);
+        EXPECT_EQ(exitCode, 1) << qPrintable(option);
+        EXPECT_EQ(error.count('\n'), 0) << error.constData();
+        EXPECT_TRUE(error.startsWith("zettly : ")) << error.constData();
+    }
+
+    QProcess &app = zettly.start();
+    ASSERT_TRUE(zettly.waitUntilRecording());
+    OtherClient display;
+    // Each command that should change nothing is followed by one whose
+    // outcome it would have spoiled.
+    const struct {
+        const char *option;
+        bool shown;
+    } steps[] = {
+        { "--toggle", true },
+        { "--toggle", false },
+        { "--hide", false },
+        { "--toggle", true },
+        { "--show", true },
+        { "--hide", false },
+        { "--show", true },
+        { "--toggle", false },
+    };
+    for (const auto &step : steps) {
+        const auto [exitCode, error] = run(QString::fromLatin1(step.option));
+        EXPECT_EQ(exitCode, 0) << step.option << ' ' << error.constData();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return panelOf(display, app).has_value() == step.shown; }, 5000))
+            << step.option;
+    }
+    EXPECT_EQ(app.state(), QProcess::Running);
+}
