@@ -29,7 +29,7 @@ test_packages=(
     # the update tests make a certificate for their local https server
     openssl
     # real-X tests
-    xvfb xauth x11-xkb-utils xkb-data openbox xdotool xclip x11-utils trayer lxterminal
+    xvfb xauth x11-xkb-utils xkb-data openbox xdotool xclip x11-utils x11-xserver-utils trayer lxterminal
     # Wayland tests: a headless sway with XWayland, and native clients
     sway xwayland wl-clipboard foot wtype
     # the accessibility bus, read as a screen reader does

@@ -5,9 +5,11 @@
 #
 #   with-sway.sh [--] command [argument...]
 #
-# sway refuses to run as root: under root, sway and the command run as
-# nobody, with a runtime folder of their own; the build folder must be
-# readable by it. The command sees WAYLAND_DISPLAY, DISPLAY and
+# sway refuses to run as root: under root, sway runs as nobody, with a
+# runtime folder of its own, and the command stays the caller's (it reaches
+# the compositor through the socket's full path), so the build folder need
+# not be readable by nobody; XWayland lets the caller in by its user name.
+# The command sees WAYLAND_DISPLAY, DISPLAY and
 # ZETTLY_SWAY_SESSION. Exit status: the command's, or 77 (skipped) when sway
 # cannot start here.
 set -uo pipefail
@@ -29,16 +31,13 @@ if [ "$(id -u)" -eq 0 ]; then
     asUser=(setpriv --reuid=nobody --regid=nogroup --clear-groups)
 fi
 chmod 700 "$runtime"
-if [ ${#asUser[@]} -gt 0 ] && [[ "$1" == */* ]] && ! "${asUser[@]}" test -x "$1"; then
-    echo "${0##*/}: nobody cannot run $1: the build folder and the ones above it must be readable by all" >&2
-    rm -rf "$runtime"
-    exit 1
-fi
+clientRuntime=$(mktemp -d "${TMPDIR:-/tmp}/zettly-sway-client.XXXXXX") || exit 125
+chmod 700 "$clientRuntime"
 swayPid=
 cleanup() {
     [ -z "$swayPid" ] || kill "$swayPid" 2>/dev/null
     wait 2>/dev/null
-    rm -rf "$runtime"
+    rm -rf "$runtime" "$clientRuntime"
 }
 trap cleanup EXIT
 trap 'exit 143' TERM INT HUP
@@ -46,7 +45,7 @@ trap 'exit 143' TERM INT HUP
 cat >"$runtime/sway.conf" <<CONFIG
 output HEADLESS-1 resolution 1280x800
 xwayland enable
-exec env > $runtime/session.env.part && mv $runtime/session.env.part $runtime/session.env
+exec sh -c 'xhost +si:localuser:$(id -un) >/dev/null 2>&1; env > $runtime/session.env.part && mv $runtime/session.env.part $runtime/session.env'
 CONFIG
 chmod 644 "$runtime/sway.conf"
 
@@ -67,6 +66,6 @@ if [ ! -f "$runtime/session.env" ]; then
 fi
 session() { sed -n "s/^$1=//p" "$runtime/session.env"; }
 
-"${asUser[@]}" env -i PATH="$PATH" HOME="$runtime" XDG_RUNTIME_DIR="$runtime" LANG=C.UTF-8 \
-    WAYLAND_DISPLAY="$(session WAYLAND_DISPLAY)" DISPLAY="$(session DISPLAY)" SWAYSOCK="$(session SWAYSOCK)" \
+env -i PATH="$PATH" HOME="$clientRuntime" XDG_RUNTIME_DIR="$clientRuntime" LANG=C.UTF-8 \
+    WAYLAND_DISPLAY="$runtime/$(session WAYLAND_DISPLAY)" DISPLAY="$(session DISPLAY)" SWAYSOCK="$(session SWAYSOCK)" \
     ZETTLY_SWAY_SESSION=1 "$@"
