@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr qreal cornerRadius = 10;
+constexpr qreal cornerRadius = 14;
 // The ultra-thin look: most of what lies behind shows through.
 constexpr int translucentAlpha = 200;
 constexpr int borderAlpha = 60;
