@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "X11PasteKeystroke.h"
 
+#include "X11Display.h"
 #include "X11KeyCodes.h"
 #include "XcbReply.h"
 #include "XkbKeyLayout.h"
 
-#include <QGuiApplication>
 #include <QList>
 #include <QTimer>
 
@@ -24,12 +24,6 @@ constexpr int shiftRow = 0;
 constexpr int controlRow = 2;
 constexpr int mod1Row = 3;
 constexpr int modifierRows = 8;
-
-xcb_connection_t *qtConnection()
-{
-    const auto *x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
-    return x11 ? x11->connection() : nullptr;
-}
 
 // The keys of each modifier row, as the server maps them now.
 QList<QList<xcb_keycode_t>> modifierKeys(xcb_connection_t *connection)
@@ -53,7 +47,7 @@ QList<QList<xcb_keycode_t>> modifierKeys(xcb_connection_t *connection)
 } // namespace
 
 X11PasteKeystroke::X11PasteKeystroke(QObject *parent)
-    : X11PasteKeystroke(qtConnection(), parent)
+    : X11PasteKeystroke(X11Display::qtConnection(), parent)
 {
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "X11Pasteboard.h"
 
+#include "X11Display.h"
 #include "XcbReply.h"
 
 #include <QCoreApplication>
@@ -11,12 +12,6 @@
 #include <xcb/xfixes.h>
 
 namespace {
-
-xcb_connection_t *qtConnection()
-{
-    const auto *x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
-    return x11 ? x11->connection() : nullptr;
-}
 
 } // namespace
 
@@ -30,7 +25,7 @@ X11Pasteboard::X11Pasteboard(QObject *parent)
 
     // Qt already asks XFixes for the owner's comings and goings on its own
     // connection; its events pass through the native filters first.
-    if (xcb_connection_t *connection = qtConnection()) {
+    if (xcb_connection_t *connection = X11Display::qtConnection()) {
         const xcb_query_extension_reply_t *xfixes = xcb_get_extension_data(connection, &xcb_xfixes_id);
         XcbReply<xcb_intern_atom_reply_t> clipboard(
             xcb_intern_atom_reply(connection, xcb_intern_atom(connection, false, 9, "CLIPBOARD"), nullptr));
@@ -67,7 +62,7 @@ bool X11Pasteboard::nativeEventFilter(const QByteArray &eventType, void *message
 bool X11Pasteboard::writeIfUnowned(const std::function<void()> &write)
 {
     // A copy still being read has an owner, or had one a moment ago.
-    xcb_connection_t *connection = qtConnection();
+    xcb_connection_t *connection = X11Display::qtConnection();
     if (m_publishedSerial != m_requestSerial || !connection || !m_clipboardAtom)
         return false;
     // X has no compare-and-set for the owner: with the server grabbed, no

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "X11Workspace.h"
 
+#include "X11Display.h"
 #include "XcbReply.h"
 
-#include <QGuiApplication>
+#include <QList>
+#include <QString>
+
 
 #include <xcb/xcb.h>
 
@@ -24,12 +27,6 @@ constexpr int maxTreeWalk = 64;
 // _NET_ACTIVE_WINDOW source indication for pagers and similar tools: window
 // managers honour it without their focus-stealing prevention.
 constexpr uint32_t sourceIndicationPager = 2;
-
-xcb_connection_t *qtConnection()
-{
-    const auto *x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
-    return x11 ? x11->connection() : nullptr;
-}
 
 xcb_get_property_cookie_t requestProperty(xcb_connection_t *connection, xcb_window_t window, xcb_atom_t property)
 {
@@ -62,7 +59,7 @@ QStringList textValues(const xcb_get_property_reply_t *reply)
 } // namespace
 
 X11Workspace::X11Workspace()
-    : X11Workspace(qtConnection())
+    : X11Workspace(X11Display::qtConnection())
 {
 }
 
