@@ -7,7 +7,6 @@
 #include <QList>
 #include <QString>
 
-
 #include <xcb/xcb.h>
 
 #include <array>
