@@ -152,6 +152,7 @@ TEST_F(ClipboardStoreTest, LimitDropsTheOldestUnpinnedEntriesOnly)
 
     // A loaded file longer than the limit stays whole until the next add.
     settings.setHistoryLimit(3);
+    store.reset(); // its last save would land over the file written next
     QList<ClipItem> many;
     for (int i = 0; i < 10; ++i)
         many.append(text(QString::number(i), 100 - i));
@@ -178,6 +179,7 @@ TEST_F(ClipboardStoreTest, TogglePinSortsStablyByPinThenDate)
 
     // Equal dates keep their previous relative order; the sort also regroups
     // a file stored out of order.
+    store.reset(); // its last save would land over the file written next
     auto ties = storeHolding({ text(QStringLiteral("x"), 5), text(QStringLiteral("old"), 1),
         text(QStringLiteral("y"), 5), text(QStringLiteral("z"), 5) });
     ties->togglePin(ties->items().at(3).id);
