@@ -25,10 +25,12 @@ StatusMenu::StatusMenu(AppCore &core)
     m_trayIcon.setToolTip(QStringLiteral("Zettly"));
     m_trayIcon.setContextMenu(&m_menu);
     // A left click opens the same menu as a right click: a tray icon has
-    // nothing else to show.
+    // nothing else to show. A second click soon after the menu closed comes
+    // as a double click, and must open it too.
     QObject::connect(
         &m_trayIcon, &QSystemTrayIcon::activated, &m_menu, [this](QSystemTrayIcon::ActivationReason reason) {
-            if (reason == QSystemTrayIcon::Trigger)
+            const bool leftClick = reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::DoubleClick;
+            if (leftClick && !m_menu.isVisible())
                 m_menu.popup(QCursor::pos());
         });
     m_trayIcon.show();
