@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "HistoryFileWatch.h"
 
-#include "HistoryCodec.h"
+#include "JsonWriter.h"
 
 #include <QFile>
 
@@ -74,12 +74,17 @@ std::optional<HistoryFileWatch::Clock::time_point> HistoryFileWatch::waitForNewe
 
 bool HistoryFileWatch::holdsNewest(const QString &text) const
 {
+    // Only the head of the file is read: the newest entry comes first, and
+    // decoding a history of hundreds of MB on each copy would make the
+    // measurement slower than what it measures. Quotes inside strings are
+    // escaped, so the first fullText member is the newest entry's.
+    QByteArray expected;
+    JsonWriter::appendString(expected, text);
     QFile file(m_filePath);
     if (!file.open(QIODevice::ReadOnly))
         return false;
-    const std::optional<QList<ClipItem>> items = HistoryCodec::decode(file.readAll());
-    if (!items || items->isEmpty())
-        return false;
-    const ClipItem &newest = items->first();
-    return newest.fullText.value_or(newest.preview) == text;
+    const QByteArray head = file.read(expected.size() + 64 * 1024);
+    static const QByteArray member = QByteArrayLiteral(",\"fullText\":");
+    const qsizetype at = head.indexOf(member);
+    return at >= 0 && QByteArrayView(head).sliced(at + member.size()).startsWith(expected);
 }

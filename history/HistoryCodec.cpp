@@ -358,15 +358,18 @@ QByteArray encode(const QList<ClipItem> &items)
 std::optional<QList<ClipItem>> decode(const QByteArray &bytes)
 {
     static_assert(readPadding >= simdjson::SIMDJSON_PADDING);
-    const char *data = bytes.constData();
-    size_t size = size_t(bytes.size());
     // The parser reads a little past the end: use the bytes in place when
     // their buffer has room for that, else a copy that has.
-    simdjson::padded_string copy;
-    if (bytes.capacity() - bytes.size() < qsizetype(simdjson::SIMDJSON_PADDING)) {
-        copy = simdjson::padded_string(data, size);
-        data = copy.data();
-    }
+    if (bytes.capacity() - bytes.size() >= readPadding)
+        return decodeInPlace(bytes);
+    const simdjson::padded_string copy(bytes.constData(), size_t(bytes.size()));
+    return decodeInPlace(QByteArrayView(copy.data(), qsizetype(copy.size())));
+}
+
+std::optional<QList<ClipItem>> decodeInPlace(QByteArrayView bytes)
+{
+    const char *data = bytes.data();
+    size_t size = size_t(bytes.size());
     // A byte-order mark was always taken.
     if (size >= 3 && std::memcmp(data, "\xEF\xBB\xBF", 3) == 0) {
         data += 3;

@@ -4,6 +4,7 @@
 #include "ClipItem.h"
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QList>
 
 #include <optional>
@@ -22,5 +23,8 @@ QByteArray encode(const QList<ClipItem> &items);
 // ignored, null optionals read as absent, a member given twice counts once
 // with its last value.
 std::optional<QList<ClipItem>> decode(const QByteArray &bytes);
+// The same, for bytes followed by at least readPadding readable bytes (a
+// mapped file's zeroed tail), read where they are.
+std::optional<QList<ClipItem>> decodeInPlace(QByteArrayView bytes);
 
 } // namespace HistoryCodec

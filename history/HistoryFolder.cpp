@@ -2,14 +2,13 @@
 #include "HistoryFolder.h"
 
 #include "HistoryCodec.h"
+#include "MappedFile.h"
 #include "PrivateFiles.h"
 
 #include <QDir>
 #include <QFile>
 #include <QLoggingCategory>
 #include <QStandardPaths>
-
-#include <cstring>
 
 Q_LOGGING_CATEGORY(lcHistory, "zettly.history", QtWarningMsg)
 
@@ -31,22 +30,11 @@ QString HistoryFolder::standardPath()
 
 QList<ClipItem> HistoryFolder::load()
 {
-    QFile file(m_dbPath);
-    if (!file.exists())
+    if (!QFile::exists(m_dbPath))
         return {};
-    if (file.open(QIODevice::ReadOnly)) {
-        // Read into a buffer with the room the decoder reads beyond the end,
-        // so that it needs no copy of a file that may be hundreds of MB.
-        QByteArray bytes;
-        bytes.reserve(file.size() + HistoryCodec::readPadding);
-        bytes.resize(file.size());
-        const qint64 read = file.read(bytes.data(), bytes.size());
-        // The decoder reads the padding: never memory nobody wrote.
-        std::memset(bytes.data() + bytes.size(), 0, HistoryCodec::readPadding);
-        if (read == bytes.size() && file.atEnd()) {
-            if (auto items = HistoryCodec::decode(bytes))
-                return std::move(*items);
-        }
+    if (const MappedFile mapped(m_dbPath, HistoryCodec::readPadding); mapped.isValid()) {
+        if (auto items = HistoryCodec::decodeInPlace(mapped.bytes()))
+            return std::move(*items);
     }
     const QString aside = PrivateFiles::moveAsideUnreadable(m_dbPath);
     // Saving over a file that could not be moved away would destroy it.
