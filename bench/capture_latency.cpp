@@ -46,10 +46,12 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
-// A copy not in the history after this is counted as lost.
-constexpr auto landingTimeout = 3s;
-// The real app records nothing until its event loop runs.
-constexpr auto startupTimeout = 15s;
+// A copy not in the history after this is counted as lost: a save of a
+// history of hundreds of MB takes seconds.
+constexpr auto landingTimeout = 10s;
+// The real app records nothing until its event loop runs, and the first
+// saves of a large history queue up.
+constexpr auto startupTimeout = 30s;
 // How long after the stuck owner the next copy comes.
 constexpr auto frozenLead = 100ms;
 // Longer than the reader's 500 ms answer timeout, so that anything the stuck
@@ -145,18 +147,20 @@ std::optional<double> takeStall(const CopySession &session)
 }
 
 // What was on the clipboard before the app watched it is never recorded: copy
-// until a copy lands.
+// until a copy lands. Each try waits twice as long as the one before: with a
+// history of hundreds of MB a save takes seconds, and a copy landing after
+// the next one was made would never be seen as the newest.
 bool waitUntilRecording(CopySession &session)
 {
     const Clock::time_point deadline = Clock::now() + startupTimeout;
-    while (Clock::now() < deadline) {
+    for (auto wait = std::chrono::milliseconds(200); Clock::now() < deadline; wait *= 2) {
         session.watch.drain();
         const QString text = nextText(session);
         auto next = std::make_unique<TestSelectionOwner>(textTargets(text));
         const Clock::time_point start = next->ownershipRequestedAt();
         if (start == Clock::time_point())
             return false;
-        const std::optional<Clock::time_point> landed = session.watch.waitForNewest(text, 200ms);
+        const std::optional<Clock::time_point> landed = session.watch.waitForNewest(text, wait);
         session.owner = std::move(next);
         if (landed) {
             session.results.firstCopyMs = milliseconds(*landed - start);
