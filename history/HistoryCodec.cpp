@@ -3,6 +3,7 @@
 
 #include "JsonReader.h"
 #include "JsonWriter.h"
+#include "LargeData.h"
 
 #include <simdjson.h>
 
@@ -345,6 +346,7 @@ QByteArray encode(const QList<ClipItem> &items)
     }
     QByteArray out;
     out.reserve(expected);
+    LargeData::adviseHugePages(out.data(), out.capacity());
     out += '[';
     for (qsizetype i = 0; i < items.size(); ++i) {
         if (i > 0)
