@@ -221,10 +221,17 @@ private:
         return skip(value, level);
     }
 
+    // The parser has found where the string ends, escaped quotes and all: its
+    // token runs up to the next structural character, spaces included.
     bool text(od::value &value, QString *out)
     {
+        std::string_view token = value.raw_json_token();
+        while (!token.empty() && isSpace(token.back()))
+            token.remove_suffix(1);
         od::raw_json_string raw;
-        return !value.get_raw_json_string().get(raw) && JsonReader::readString(raw.raw(), m_end, out);
+        if (token.size() < 2 || token.back() != '"' || value.get_raw_json_string().get(raw))
+            return false;
+        return JsonReader::readStringBefore(raw.raw(), token.data() + token.size() - 1, out);
     }
 
     static std::optional<double> number(od::value &value)

@@ -33,10 +33,21 @@ std::optional<char16_t> hexValue(const char *digits)
     return value;
 }
 
+constexpr std::ptrdiff_t shortRun = 64;
+
 // UTF-8 to UTF-16 into a buffer of ours, with Qt's fast decoder. Each piece
 // stands alone, and a U+FEFF at its start is text, not a byte-order mark.
 char16_t *appendUtf8(char16_t *write, const char *read, const char *end)
 {
+    // The runs between escapes are mostly short and plain ASCII: widened
+    // here, they cost less than setting up a decoder for each. An ASCII byte
+    // never continues a sequence, so the decoder may take over at any point.
+    if (end - read <= shortRun) {
+        while (read < end && static_cast<unsigned char>(*read) < 0x80)
+            *write++ = char16_t(*read++);
+        if (read == end)
+            return write;
+    }
     QStringDecoder decoder(
         QStringDecoder::Utf8, QStringConverter::Flag::Stateless | QStringConverter::Flag::ConvertInitialBom);
     return reinterpret_cast<char16_t *>(
@@ -64,8 +75,11 @@ const char *closingQuote(const char *contents, const char *end)
 bool readString(const char *contents, const char *end, QString *out)
 {
     const char *const quote = closingQuote(contents, end);
-    if (!quote)
-        return false;
+    return quote && readStringBefore(contents, quote, out);
+}
+
+bool readStringBefore(const char *contents, const char *quote, QString *out)
+{
     const char *backslash = static_cast<const char *>(std::memchr(contents, '\\', size_t(quote - contents)));
     if (!backslash) {
         if (out)

@@ -19,6 +19,8 @@ namespace JsonReader {
 // the string is only checked. False for a bad \u escape or a backslash before
 // a non-ASCII byte.
 bool readString(const char *contents, const char *end, QString *out);
+// The same, for a string whose closing quote is known to be at `quote`.
+bool readStringBefore(const char *contents, const char *quote, QString *out);
 
 // A number token: optional minus, digits (possibly none before a fraction),
 // optional fraction (possibly no digits after the point), optional exponent.
