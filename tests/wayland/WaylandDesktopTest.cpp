@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "KeyWindow.h"
+#include "WaylandPasteKeystroke.h"
 #include "WaylandWorkspace.h"
 
 #include <QTest>
@@ -44,4 +45,31 @@ TEST(WaylandDesktop, FollowsTheWindowInFront)
     workspace->activate(remembered);
     own.close();
     EXPECT_TRUE(waitForFront(*workspace, std::nullopt));
+}
+
+// The paste keys reach the focused native window, with the modifiers its
+// app_id calls for.
+TEST(WaylandDesktop, PasteKeysReachTheFocusedWindow)
+{
+    // Made first, as in the app: the windows then start with a keyboard on
+    // the seat.
+    const auto keystroke = WaylandPasteKeystroke::open();
+    ASSERT_TRUE(keystroke);
+    ASSERT_TRUE(keystroke->isTrusted());
+    const auto workspace = WaylandWorkspace::open();
+    ASSERT_TRUE(workspace);
+    const struct {
+        QString appId;
+        QByteArray received;
+    } rows[] = {
+        { QStringLiteral("org.zettly.test.editor"), "Ctrl+V" },
+        { QStringLiteral("foot"), "Ctrl+Shift+V" },
+    };
+    for (const auto &row : rows) {
+        KeyWindow window(row.appId);
+        ASSERT_TRUE(waitForFront(*workspace, row.appId)) << qPrintable(row.appId);
+        ASSERT_TRUE(window.waitForLine("focus")) << qPrintable(row.appId);
+        keystroke->sendPaste(*workspace->frontmostApp());
+        EXPECT_TRUE(window.waitForLine(row.received)) << qPrintable(row.appId);
+    }
 }
