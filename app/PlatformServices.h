@@ -9,7 +9,7 @@ class Pasteboard;
 class Workspace;
 
 // What the running app needs of the desktop, picked once by the process
-// entry: X11 in the app, in memory in tests.
+// entry: the session's in the app (X11, or partly Wayland), in memory in tests.
 struct PlatformServices {
     Pasteboard &pasteboard;
     Workspace &workspace;

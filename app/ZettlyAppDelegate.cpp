@@ -6,14 +6,11 @@
 #include "HistoryFolder.h"
 #include "PanelController.h"
 #include "Pasteboard.h"
-#include "SessionPasteboard.h"
 #include "SettingsWindow.h"
 #include "UpdaterController.h"
 #include "WorkspaceWindowActivation.h"
 #include "X11ClickMonitor.h"
 #include "X11KeyGrabber.h"
-#include "X11PasteKeystroke.h"
-#include "X11Workspace.h"
 #include "XkbKeyLayout.h"
 
 #include <malloc.h>
@@ -35,23 +32,19 @@ bool ZettlyAppDelegate::applicationDidFinishLaunching()
     // happen under the running copy's feet.
     if (!m_instanceLock.tryLock())
         return false;
-    m_pasteboard = openSessionPasteboard();
-    m_workspace = std::make_unique<X11Workspace>();
+    m_backends = openSessionBackends();
     m_keyGrabber = std::make_unique<X11KeyGrabber>();
     m_clickMonitor = std::make_unique<X11ClickMonitor>();
-    // Without XTest it sends nothing, quietly: the entry stays on the
-    // clipboard for the user to paste.
-    m_pasteKeystroke = std::make_unique<X11PasteKeystroke>();
     m_core = std::make_unique<AppCore>(AppSettings::shared(), HistoryFolder::standardPath(),
-        PlatformServices {
-            *m_pasteboard, *m_workspace, *m_keyGrabber, *m_clickMonitor, *m_workspace, *m_pasteKeystroke },
+        PlatformServices { *m_backends.pasteboard, *m_backends.workspace, *m_keyGrabber, *m_clickMonitor,
+            *m_backends.desktopWindows, *m_backends.pasteKeystroke },
         UpdaterController::shared());
     m_core->start();
     QObject::connect(&m_channel, &InstanceChannel::commandReceived, &m_channel,
         [this](InstanceChannel::Command command) { onCommandReceived(command); });
     m_channel.listen();
     m_keyLayout = XkbKeyLayout::open();
-    m_windowActivation = std::make_unique<WorkspaceWindowActivation>(*m_workspace);
+    m_windowActivation = std::make_unique<WorkspaceWindowActivation>(*m_backends.desktopWindows);
     SettingsWindow::shared().setKeyLayout(m_keyLayout.get());
     SettingsWindow::shared().setWindowActivation(m_windowActivation.get());
     // Decoding the history file peaks at several times its size; give what

@@ -3,20 +3,18 @@
 
 #include "InstanceChannel.h"
 #include "InstanceLock.h"
+#include "SessionBackends.h"
 
 #include <memory>
 
 class AppCore;
 class X11ClickMonitor;
 class X11KeyGrabber;
-class Pasteboard;
-class X11PasteKeystroke;
-class X11Workspace;
 class WorkspaceWindowActivation;
 class XkbKeyLayout;
 
-// Starts the app as one instance per user session: the clipboard of the
-// session, the rest on X11.
+// Starts the app as one instance per user session: the clipboard, the window
+// in front and the paste keys of the session, the rest on X11.
 class ZettlyAppDelegate {
 public:
     ZettlyAppDelegate();
@@ -31,11 +29,9 @@ private:
 
     InstanceLock m_instanceLock;
     InstanceChannel m_channel;
-    std::unique_ptr<Pasteboard> m_pasteboard;
-    std::unique_ptr<X11Workspace> m_workspace;
+    SessionBackends m_backends;
     std::unique_ptr<X11KeyGrabber> m_keyGrabber;
     std::unique_ptr<X11ClickMonitor> m_clickMonitor;
-    std::unique_ptr<X11PasteKeystroke> m_pasteKeystroke;
     std::unique_ptr<XkbKeyLayout> m_keyLayout;
     std::unique_ptr<WorkspaceWindowActivation> m_windowActivation;
     std::unique_ptr<AppCore> m_core;

@@ -98,8 +98,9 @@ int main(int argc, char *argv[])
     if (const std::optional<int> exitCode = runCommandLine(argc, argv))
         return *exitCode;
 
-    // The shortcut and the windows are reached through X11, also under
-    // XWayland: only the clipboard has a Wayland backend so far.
+    // The shortcut and our windows are reached through X11, also under
+    // XWayland: only the clipboard, the window in front and the paste keys
+    // have Wayland backends so far.
     qputenv("QT_QPA_PLATFORM", "xcb");
     if (!X11Display::isReachable()) {
         std::fputs("zettly : aucun affichage X11 accessible (DISPLAY n'est pas défini ou le serveur ne répond pas) ; "

@@ -33,6 +33,9 @@ constexpr std::array terminals {
     std::pair { QLatin1StringView("sakura"), PasteShortcut::ControlShiftV },
     std::pair { QLatin1StringView("alacritty"), PasteShortcut::ControlShiftV },
     std::pair { QLatin1StringView("kitty"), PasteShortcut::ControlShiftV },
+    // Wayland only: its app_id, and its client's.
+    std::pair { QLatin1StringView("foot"), PasteShortcut::ControlShiftV },
+    std::pair { QLatin1StringView("footclient"), PasteShortcut::ControlShiftV },
     std::pair { QLatin1StringView("org.wezfurlong.wezterm"), PasteShortcut::ControlShiftV },
     // st's class, whatever its terminfo name makes the instance.
     std::pair { QLatin1StringView("st"), PasteShortcut::ControlShiftV },

@@ -22,7 +22,8 @@ enum class PasteShortcut {
 namespace PasteShortcuts {
 
 // The shortcut for an application identified as Workspace identifies it (a
-// desktop-entry id or a WM_CLASS class), compared without regard to case.
+// desktop-entry id, a WM_CLASS class or a Wayland app_id), compared without
+// regard to case.
 // Ctrl+V for every application not known to be a terminal.
 PasteShortcut forApplication(const std::optional<QString> &identifier);
 

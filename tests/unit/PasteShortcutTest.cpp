@@ -3,8 +3,9 @@
 
 #include <gtest/gtest.h>
 
-// Identifiers as X11Workspace reads them from real windows: WM_CLASS classes
-// and desktop-entry ids, in the case their programs use.
+// Identifiers as the workspaces read them from real windows: WM_CLASS
+// classes, desktop-entry ids and Wayland app_ids, in the case their programs
+// use.
 TEST(PasteShortcut, TerminalsGetTheirOwnPasteKeys)
 {
     const struct {
@@ -18,6 +19,7 @@ TEST(PasteShortcut, TerminalsGetTheirOwnPasteKeys)
         { "Xfce4-terminal", PasteShortcut::ControlShiftV },
         { "Alacritty", PasteShortcut::ControlShiftV },
         { "kitty", PasteShortcut::ControlShiftV },
+        { "foot", PasteShortcut::ControlShiftV },
         { "org.wezfurlong.wezterm", PasteShortcut::ControlShiftV },
         { "St", PasteShortcut::ControlShiftV },
         { "com.gexperts.Tilix", PasteShortcut::ControlShiftV },

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "KeyWindow.h"
 #include "WaylandPasteboard.h"
+#include "WaylandWorkspace.h"
 #include "WlClipboard.h"
 
 #include "HistoryCodec.h"
@@ -18,21 +20,64 @@
 
 namespace {
 
-// The saved history, newest first. Read without a store: opening one would
-// tidy the folder under the running app's feet.
-QList<ClipItem> savedItems(const QTemporaryDir &home)
-{
-    QFile file(home.filePath(QStringLiteral("data/Zettly/clips.json")));
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    return HistoryCodec::decode(file.readAll()).value_or(QList<ClipItem>());
-}
+// The app on the test's session, with folders of its own.
+class Zettly {
+public:
+    Zettly()
+    {
+        for (const char *folder : { "data", "config" })
+            QDir(m_home.path()).mkdir(QString::fromLatin1(folder));
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("XDG_DATA_HOME"), m_home.filePath(QStringLiteral("data")));
+        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home.filePath(QStringLiteral("config")));
+        m_process.setProcessEnvironment(environment);
+        m_process.setProcessChannelMode(QProcess::ForwardedChannels);
+        m_process.start(QStringLiteral(ZETTLY_APP_PATH), {});
+    }
+    ~Zettly() { stop(); }
 
-QString newestText(const QTemporaryDir &home)
-{
-    const QList<ClipItem> items = savedItems(home);
-    return items.isEmpty() ? QString() : items.first().fullText.value_or(items.first().preview);
-}
+    // What is on the clipboard at start is never recorded: copies until a
+    // copy lands.
+    bool waitUntilRecording()
+    {
+        int probes = 0;
+        return QTest::qWaitFor(
+            [&] {
+                const QByteArray probe = "prêt ? " + QByteArray::number(++probes);
+                WlClipboard::copy(probe);
+                return QTest::qWaitFor([&] { return newestText() == QString::fromUtf8(probe); }, 300);
+            },
+            20000);
+    }
+
+    // The saved history, newest first. Read without a store: opening one
+    // would tidy the folder under the running app's feet.
+    QList<ClipItem> savedItems() const
+    {
+        QFile file(m_home.filePath(QStringLiteral("data/Zettly/clips.json")));
+        if (!file.open(QIODevice::ReadOnly))
+            return {};
+        return HistoryCodec::decode(file.readAll()).value_or(QList<ClipItem>());
+    }
+
+    QString newestText() const
+    {
+        const QList<ClipItem> items = savedItems();
+        return items.isEmpty() ? QString() : items.first().fullText.value_or(items.first().preview);
+    }
+
+    bool isRunning() const { return m_process.state() == QProcess::Running; }
+    // Whether it ended when asked.
+    bool stop()
+    {
+        m_process.terminate();
+        return m_process.waitForFinished(5000);
+    }
+
+private:
+    QTemporaryDir m_home;
+    QProcess m_process;
+};
 
 } // namespace
 
@@ -40,28 +85,8 @@ QString newestText(const QTemporaryDir &home)
 // of Zettly's exists; a secret does not.
 TEST(WaylandApp, RecordsNativeCopiesWithoutFocus)
 {
-    QTemporaryDir home;
-    for (const char *folder : { "data", "config" })
-        QDir(home.path()).mkdir(QString::fromLatin1(folder));
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("XDG_DATA_HOME"), home.filePath(QStringLiteral("data")));
-    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral("config")));
-    QProcess app;
-    app.setProcessEnvironment(environment);
-    app.setProcessChannelMode(QProcess::ForwardedChannels);
-    app.start(QStringLiteral(ZETTLY_APP_PATH), {});
-    ASSERT_TRUE(app.waitForStarted());
-
-    // What is on the clipboard at start is never recorded: copy until a copy
-    // lands.
-    int probes = 0;
-    ASSERT_TRUE(QTest::qWaitFor(
-        [&] {
-            const QByteArray probe = "prêt ? " + QByteArray::number(++probes);
-            WlClipboard::copy(probe);
-            return QTest::qWaitFor([&] { return newestText(home) == QString::fromUtf8(probe); }, 300);
-        },
-        20000));
+    Zettly app;
+    ASSERT_TRUE(app.waitUntilRecording());
 
     QImage image(24, 16, QImage::Format_RGB32);
     image.fill(Qt::darkMagenta);
@@ -79,11 +104,11 @@ TEST(WaylandApp, RecordsNativeCopiesWithoutFocus)
         { png, PasteboardTypes::png, ClipKind::Image },
     };
     for (const auto &copy : copies) {
-        const qsizetype before = savedItems(home).size();
+        const qsizetype before = app.savedItems().size();
         ASSERT_TRUE(WlClipboard::copy(copy.bytes, copy.type));
-        EXPECT_TRUE(QTest::qWaitFor([&] { return savedItems(home).size() == before + 1; }, 5000))
+        EXPECT_TRUE(QTest::qWaitFor([&] { return app.savedItems().size() == before + 1; }, 5000))
             << qPrintable(copy.type);
-        const QList<ClipItem> items = savedItems(home);
+        const QList<ClipItem> items = app.savedItems();
         ASSERT_FALSE(items.isEmpty());
         EXPECT_EQ(items.first().kind, copy.kind) << qPrintable(copy.type);
     }
@@ -98,11 +123,38 @@ TEST(WaylandApp, RecordsNativeCopiesWithoutFocus)
     passwordManager->write(secret);
     ASSERT_EQ(WlClipboard::paste(PasteboardTypes::passwordManagerHint), "secret");
     ASSERT_TRUE(WlClipboard::copy("après le secret"));
-    EXPECT_TRUE(QTest::qWaitFor([&] { return newestText(home) == QStringLiteral("après le secret"); }, 5000));
-    for (const ClipItem &item : savedItems(home))
+    EXPECT_TRUE(QTest::qWaitFor([&] { return app.newestText() == QStringLiteral("après le secret"); }, 5000));
+    for (const ClipItem &item : app.savedItems())
         EXPECT_NE(item.fullText.value_or(item.preview), QStringLiteral("hunter2 sous Wayland"));
-    EXPECT_EQ(app.state(), QProcess::Running);
+    EXPECT_TRUE(app.isRunning());
+    EXPECT_TRUE(app.stop());
+}
 
-    app.terminate();
-    EXPECT_TRUE(app.waitForFinished(5000));
+// Return in the picker pastes into the native window that was in front:
+// activated again through the compositor, then given Ctrl+V by the app's
+// virtual keyboard.
+TEST(WaylandApp, PastesIntoTheWindowThatWasInFront)
+{
+    const auto workspace = WaylandWorkspace::open();
+    ASSERT_TRUE(workspace);
+    const auto waitForFront = [&](const QString &identifier) {
+        return QTest::qWaitFor(
+            [&] {
+                const std::optional<RunningApp> front = workspace->frontmostApp();
+                return front && front->identifier == identifier;
+            },
+            10000);
+    };
+    KeyWindow target(QStringLiteral("org.zettly.test.target"));
+    ASSERT_TRUE(waitForFront(QStringLiteral("org.zettly.test.target")));
+    Zettly app;
+    ASSERT_TRUE(app.waitUntilRecording());
+
+    ASSERT_EQ(QProcess::execute(QStringLiteral(ZETTLY_APP_PATH), { QStringLiteral("--toggle") }), 0);
+    // The picker, an XWayland window, carries the application name as its
+    // app_id.
+    ASSERT_TRUE(waitForFront(QStringLiteral("Zettly")));
+    ASSERT_EQ(QProcess::execute(QStringLiteral("wtype"), { QStringLiteral("-k"), QStringLiteral("Return") }), 0);
+    EXPECT_TRUE(target.waitForLine("Ctrl+V"));
+    EXPECT_EQ(workspace->frontmostApp()->identifier, QStringLiteral("org.zettly.test.target"));
 }

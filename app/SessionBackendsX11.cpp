@@ -1,0 +1,8 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "SessionBackends.h"
+
+// Built without Wayland: X11's, also under XWayland.
+SessionBackends openSessionBackends()
+{
+    return openX11Backends();
+}
