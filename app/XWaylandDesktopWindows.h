@@ -16,6 +16,7 @@ public:
 
     void activate(const RunningApp &app) override;
     bool hasCompositor() const override;
+    bool takesUnmanagedPanels() const override { return false; }
     void prepareFloatingPanel(quint64 windowId) override;
 
 private:

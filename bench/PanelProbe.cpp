@@ -265,7 +265,7 @@ void PanelProbe::dispatch(const void *message, Clock::time_point now)
         const auto *created = reinterpret_cast<const xcb_create_notify_event_t *>(event);
         if (created->parent == m_root) {
             m_mapped.insert(created->window, false);
-            if (finding && !created->override_redirect)
+            if (finding)
                 considerPanel(created->window);
         }
     } else if (type == XCB_DESTROY_NOTIFY) {
@@ -280,7 +280,7 @@ void PanelProbe::dispatch(const void *message, Clock::time_point now)
         updateViewable(now);
     } else if (type == XCB_MAP_NOTIFY && !synthetic) {
         const auto *mapped = reinterpret_cast<const xcb_map_notify_event_t *>(event);
-        if (finding && !mapped->override_redirect)
+        if (finding)
             considerPanel(mapped->window);
         setMapped(mapped->window, true, now);
     } else if (type == XCB_UNMAP_NOTIFY && !synthetic) {

@@ -17,9 +17,15 @@ constexpr int borderAlpha = 60;
 
 } // namespace
 
-ClipPanel::ClipPanel(QWidget *rootView, QWidget *parent)
+ClipPanel::ClipPanel(QWidget *rootView, bool unmanaged, QWidget *parent)
     : QWidget(parent, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint)
 {
+    // A window manager takes a window in anew at each mapping, which under
+    // openbox delays the first drawing by 10-20 ms. An unmanaged window
+    // (override-redirect, as launchers are) has no frame and no taskbar
+    // entry, and comes above the others by itself.
+    if (unmanaged)
+        setWindowFlag(Qt::BypassWindowManagerHint);
     // Chosen before the native window exists: it asks for a visual with
     // alpha, which a compositor needs to show anything translucent.
     setAttribute(Qt::WA_TranslucentBackground);

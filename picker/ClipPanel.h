@@ -11,7 +11,9 @@ class ClipPanel : public QWidget {
     Q_OBJECT
 
 public:
-    explicit ClipPanel(QWidget *rootView, QWidget *parent = nullptr);
+    // An unmanaged panel bypasses the window manager; whoever shows it gives
+    // it the focus.
+    ClipPanel(QWidget *rootView, bool unmanaged, QWidget *parent = nullptr);
 
     // Translucent needs a compositor; without one the background is opaque
     // and a shape mask cuts the corners.

@@ -17,6 +17,10 @@ public:
     virtual void activate(const RunningApp &app) = 0;
     // Whether a compositing manager runs, so that windows may be translucent.
     virtual bool hasCompositor() const = 0;
+    // Whether a panel may bypass the window manager (override-redirect) and
+    // take the focus itself: it then shows sooner, with nothing to manage
+    // it. Not under XWayland, whose compositor gives such a window no keys.
+    virtual bool takesUnmanagedPanels() const = 0;
     // Asks for one of our top-level windows to be a floating panel: on every
     // desktop, without a taskbar or pager entry. Takes effect at the next
     // mapping, so call it while the window is hidden: window managers drop

@@ -47,7 +47,7 @@ PanelController::PanelController(
     : QObject(parent)
     , m_workspace(workspace)
     , m_desktopWindows(desktopWindows)
-    , m_panel(std::make_unique<ClipPanel>(rootView))
+    , m_panel(std::make_unique<ClipPanel>(rootView, desktopWindows.takesUnmanagedPanels()))
     , m_fadeIn(new QPropertyAnimation(m_panel.get(), "windowOpacity", this))
     , m_fadeOut(new QPropertyAnimation(m_panel.get(), "windowOpacity", this))
     , m_focusCheck(new QTimer(this))
@@ -160,9 +160,11 @@ bool PanelController::eventFilter(QObject *watched, QEvent *event)
     return QObject::eventFilter(watched, event);
 }
 
-// Through the window manager rather than QWidget::activateWindow(): Qt asks as an
-// application, which focus-stealing prevention may refuse while another
-// application is in front, and that is always the case here.
+// Through the desktop rather than QWidget::activateWindow(): for a managed
+// panel Qt asks as an application, which focus-stealing prevention may refuse
+// while another application is in front, and that is always the case here;
+// for an unmanaged one Qt would focus with the time of the last event it saw,
+// older than the shortcut's key press, which comes on another connection.
 void PanelController::takeFocusIfExposed()
 {
     if (!m_focusPending || !m_panel->isVisible() || !m_panel->windowHandle()->isExposed())

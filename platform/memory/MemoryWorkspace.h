@@ -20,6 +20,7 @@ public:
     std::optional<RunningApp> frontmostApp() const override { return m_frontmost; }
     void activate(const RunningApp &app) override { m_frontmost = app; }
     bool hasCompositor() const override { return m_compositor; }
+    bool takesUnmanagedPanels() const override { return true; }
     void prepareFloatingPanel(quint64 windowId) override { m_floatingPanels.append(windowId); }
 
 private:

@@ -121,7 +121,9 @@ void X11Workspace::activate(const RunningApp &app)
     if (!attributes)
         return;
 
-    if (hasEwmhManager()) {
+    // A window the manager does not manage (override-redirect) is ours to
+    // focus: the manager would ignore the request.
+    if (hasEwmhManager() && !attributes->override_redirect) {
         xcb_client_message_event_t event {};
         event.response_type = XCB_CLIENT_MESSAGE;
         event.format = 32;

@@ -25,6 +25,7 @@ public:
     void activate(const RunningApp &app) override;
     // A compositing manager owns _NET_WM_CM_S0.
     bool hasCompositor() const override;
+    bool takesUnmanagedPanels() const override { return true; }
     // _NET_WM_DESKTOP on all desktops, and _NET_WM_STATE sticky, skip
     // taskbar and skip pager added to what the window has.
     void prepareFloatingPanel(quint64 windowId) override;
