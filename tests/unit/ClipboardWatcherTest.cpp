@@ -95,7 +95,7 @@ TEST_F(ClipboardWatcherTest, PrivacyRulesApplyOnlyWhileTheSwitchIsOn)
         { "hint secret", { { PasteboardTypes::passwordManagerHint, secret } }, {}, false },
         { "hint other value", { { PasteboardTypes::passwordManagerHint, "public" } }, {}, true },
         { "bitwarden in front", {}, u"com.bitwarden.desktop"_s, false },
-        { "keepassxc in front", {}, u"org.keepassxc.KeePassXC"_s, false },
+        { "KeePassXC by its window class", {}, u"KeePassXC"_s, false },
         { "identifier differs in case", {}, u"com.Bitwarden.desktop"_s, true },
         { "other app in front", {}, u"org.kde.kate"_s, true },
     };
