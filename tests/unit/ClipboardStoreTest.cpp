@@ -109,24 +109,7 @@ TEST_F(ClipboardStoreTest, AddSkipsOnlyARepeatOfTheNewestUnpinnedEntry)
     expectSaved(store);
 }
 
-TEST_F(ClipboardStoreTest, AddGivesAFreshIdAndKeepsPinnedEntriesOnTop)
-{
-    auto store = storeHolding({
-        ClipItem { .preview = QStringLiteral("P"), .fullText = QStringLiteral("P"), .pinned = true, .createdAt = 1 },
-        text(QStringLiteral("U1"), 3),
-        text(QStringLiteral("U2"), 2),
-    });
-    const ClipItem incoming = text(QStringLiteral("N"), 4);
-    store->add(incoming);
-    EXPECT_EQ(previews(store->items()),
-        (QStringList { QStringLiteral("P*"), QStringLiteral("N"), QStringLiteral("U1"), QStringLiteral("U2") }));
-    const ClipItem &stored = store->items().at(1);
-    EXPECT_NE(stored.id, incoming.id);
-    EXPECT_EQ(stored.createdAt, incoming.createdAt);
-    expectSaved(*store);
-}
-
-TEST_F(ClipboardStoreTest, LimitDropsTheOldestUnpinnedEntriesOnly)
+TEST_F(ClipboardStoreTest, AddGoesBelowPinnedEntriesAndDropsTheOldestUnpinned)
 {
     auto store = storeHolding({
         ClipItem { .preview = QStringLiteral("P"), .pinned = true, .createdAt = 1 },
@@ -135,9 +118,13 @@ TEST_F(ClipboardStoreTest, LimitDropsTheOldestUnpinnedEntriesOnly)
     });
     writeAll(store->imagesDirPath() + QStringLiteral("/U2.png"), "png");
     settings.setHistoryLimit(2);
-    store->add(text(QStringLiteral("N")));
+    // Below the pinned entries, with an id of its own.
+    const ClipItem incoming = text(QStringLiteral("N"), 4);
+    store->add(incoming);
     EXPECT_EQ(
         previews(store->items()), (QStringList { QStringLiteral("P*"), QStringLiteral("N"), QStringLiteral("U1") }));
+    EXPECT_NE(store->items().at(1).id, incoming.id);
+    EXPECT_EQ(store->items().at(1).createdAt, incoming.createdAt);
     // Dropping an entry leaves its image on disk.
     EXPECT_TRUE(QFile::exists(store->imagesDirPath() + QStringLiteral("/U2.png")));
     expectSaved(*store);
