@@ -18,7 +18,7 @@
 
 using namespace std::string_view_literals;
 
-void PrintTo(const RunningApp &app, std::ostream *out)
+static void PrintTo(const RunningApp &app, std::ostream *out)
 {
     *out << "{window " << app.windowId << ", " << (app.identifier ? app.identifier->toStdString() : "no identifier")
          << '}';

@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-void PrintTo(const QString &text, std::ostream *out)
+static void PrintTo(const QString &text, std::ostream *out)
 {
     *out << '"' << text.toStdString() << '"';
 }
