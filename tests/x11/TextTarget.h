@@ -16,7 +16,6 @@ public:
     bool waitForFocus();
     bool waitForText(const QString &text);
     QString text();
-    qint64 processId() const { return m_process.processId(); }
 
 private:
     void read();
