@@ -202,18 +202,4 @@ TEST_F(ClipboardWatcherTest, RecordedCopyOutlivesTheProgramThatQuit)
         settle();
         EXPECT_FALSE(watcher->ownWriteCount());
     }
-
-    // A secret that was never recorded is not brought back, nor the entry
-    // recorded before it.
-    settings.setIgnoreSecretApps(true);
-    pasteboard.copyText(u"kept"_s);
-    settle();
-    ClipboardSnapshot secret = offer({ { PasteboardTypes::string, "hunter2" } });
-    secret.types.append(PasteboardTypes::concealed);
-    pasteboard.copy(secret);
-    settle();
-    pasteboard.quitOwner();
-    settle();
-    EXPECT_FALSE(pasteboard.hasOwner());
-    EXPECT_FALSE(watcher->ownWriteCount());
 }
