@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 # Installs what the tests need, builds everything with both of Debian's
 # compilers and runs the tests through CTest against each build: clang++
-# (build/) runs every test: unit, real-X (each under its own Xvfb), crash,
-# package and the short fuzzing runs; g++ (build-gcc/) runs the same but the
+# (build/) runs every test: unit, real-X (each under its own Xvfb), package
+# and the short fuzzing runs; g++ (build-gcc/) runs the same but the
 # package test (one .deb install is enough) and the fuzzers (clang only).
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)

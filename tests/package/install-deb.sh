@@ -56,7 +56,8 @@ chmod 700 "$work/home/runtime"
 export XDG_DATA_HOME="$work/home/data" XDG_CONFIG_HOME="$work/home/config" XDG_RUNTIME_DIR="$work/home/runtime"
 "$withXvfb" -- bash -c '
     /usr/bin/zettly & app=$!
-    trap "kill $app 2>/dev/null" EXIT
+    # Ended before its X server is: one that goes first can hang it on its way out.
+    trap "kill $app 2>/dev/null; wait $app" EXIT
     for attempt in $(seq 1 50); do
         echo -n "installé $attempt" | xclip -selection clipboard -i
         sleep 0.2

@@ -7,23 +7,25 @@
 #include <QJsonObject>
 #include <QSignalSpy>
 
+using namespace Qt::StringLiterals;
+
 namespace {
-const QStringList allKeys { QStringLiteral("zettly.autoPaste"), QStringLiteral("zettly.historyLimit"),
-    QStringLiteral("zettly.hotkey"), QStringLiteral("zettly.ignoreSecretApps") };
+const QStringList allKeys { u"zettly.autoPaste"_s, u"zettly.historyLimit"_s, u"zettly.hotkey"_s,
+    u"zettly.ignoreSecretApps"_s };
 
 QJsonObject hotkeyData(const char *json)
 {
-    return QJsonObject { { QStringLiteral("data"), QString::fromLatin1(QByteArray(json).toBase64()) } };
+    return QJsonObject { { u"data"_s, QString::fromLatin1(QByteArray(json).toBase64()) } };
 }
 } // namespace
 
 class AppSettingsTest : public TestFolder {
 protected:
-    QString file() const { return path(QStringLiteral("Zettly/defaults.json")); }
+    QString file() const { return path(u"Zettly/defaults.json"_s); }
 
     void store(const QJsonObject &values)
     {
-        QDir().mkpath(path(QStringLiteral("Zettly")));
+        QDir().mkpath(path(u"Zettly"_s));
         writeAll(file(), QJsonDocument(values).toJson());
     }
 
@@ -38,23 +40,22 @@ TEST_F(AppSettingsTest, FirstAssignmentWritesAllFourKeysPrivately)
     settings.setAutoPaste(false);
     QJsonObject values = stored();
     EXPECT_EQ(values.keys(), allKeys);
-    EXPECT_EQ(values.value(QStringLiteral("zettly.autoPaste")), QJsonValue(false));
-    EXPECT_EQ(values.value(QStringLiteral("zettly.historyLimit")), QJsonValue(200));
-    EXPECT_EQ(values.value(QStringLiteral("zettly.ignoreSecretApps")), QJsonValue(true));
-    EXPECT_EQ(
-        values.value(QStringLiteral("zettly.hotkey")), QJsonValue(hotkeyData(R"({"keyCode":9,"modifiers":4352})")));
+    EXPECT_EQ(values.value(u"zettly.autoPaste"_s), QJsonValue(false));
+    EXPECT_EQ(values.value(u"zettly.historyLimit"_s), QJsonValue(200));
+    EXPECT_EQ(values.value(u"zettly.ignoreSecretApps"_s), QJsonValue(true));
+    EXPECT_EQ(values.value(u"zettly.hotkey"_s), QJsonValue(hotkeyData(R"({"keyCode":9,"modifiers":4352})")));
     EXPECT_EQ(modeOf(file()), 0600u);
-    EXPECT_EQ(modeOf(path(QStringLiteral("Zettly"))), 0700u);
+    EXPECT_EQ(modeOf(path(u"Zettly"_s)), 0700u);
 
     // Assigning the current value still writes, and keys of others survive.
     QJsonObject withForeign = stored();
-    withForeign.insert(QStringLiteral("other.key"), QStringLiteral("kept"));
+    withForeign.insert(u"other.key"_s, u"kept"_s);
     store(withForeign);
     AppSettings reread(file());
     backdate(file());
     reread.setHistoryLimit(reread.historyLimit());
     EXPECT_GT(modified(file()), QDateTime::currentDateTime().addSecs(-60));
-    EXPECT_EQ(stored().value(QStringLiteral("other.key")).toString(), QStringLiteral("kept"));
+    EXPECT_EQ(stored().value(u"other.key"_s).toString(), u"kept"_s);
 
     // Values persist across instances; no range is enforced.
     reread.setHistoryLimit(-3);
@@ -69,10 +70,10 @@ TEST_F(AppSettingsTest, FirstAssignmentWritesAllFourKeysPrivately)
 
 TEST_F(AppSettingsTest, UnusableStoredValuesFallBack)
 {
-    const QString limit = QStringLiteral("zettly.historyLimit");
-    const QString hotkey = QStringLiteral("zettly.hotkey");
-    const QString autoPaste = QStringLiteral("zettly.autoPaste");
-    const QString ignore = QStringLiteral("zettly.ignoreSecretApps");
+    const QString limit = u"zettly.historyLimit"_s;
+    const QString hotkey = u"zettly.hotkey"_s;
+    const QString autoPaste = u"zettly.autoPaste"_s;
+    const QString ignore = u"zettly.ignoreSecretApps"_s;
     // Unnamed expectations are the defaults.
     struct Case {
         const char *name;
@@ -85,8 +86,8 @@ TEST_F(AppSettingsTest, UnusableStoredValuesFallBack)
     const Case cases[] = {
         { .name = "limit 0 means default", .values = { { limit, 0 } } },
         { .name = "limit 500 kept", .values = { { limit, 500 } }, .limit = 500 },
-        { .name = "limit as text of digits", .values = { { limit, QStringLiteral("50") } }, .limit = 50 },
-        { .name = "limit as words", .values = { { limit, QStringLiteral("many") } } },
+        { .name = "limit as text of digits", .values = { { limit, u"50"_s } }, .limit = 50 },
+        { .name = "limit as words", .values = { { limit, u"many"_s } } },
         { .name = "limit as fraction", .values = { { limit, 75.9 } }, .limit = 75 },
         { .name = "hotkey without modifiers", .values = { { hotkey, hotkeyData(R"({"keyCode":49})") } } },
         { .name = "hotkey members reordered",
@@ -94,11 +95,9 @@ TEST_F(AppSettingsTest, UnusableStoredValuesFallBack)
             .hotkey = { 49, 2304 } },
         { .name = "hotkey out of range",
             .values = { { hotkey, hotkeyData(R"({"keyCode":4294967296,"modifiers":1})") } } },
-        { .name = "hotkey stored as a string",
-            .values = { { hotkey, QStringLiteral(R"({"keyCode":1,"modifiers":1})") } } },
-        { .name = "hotkey data not base64",
-            .values = { { hotkey, QJsonObject { { QStringLiteral("data"), QStringLiteral("%%%") } } } } },
-        { .name = "booleans as strings", .values = { { autoPaste, QStringLiteral("false") }, { ignore, 0 } } },
+        { .name = "hotkey stored as a string", .values = { { hotkey, uR"({"keyCode":1,"modifiers":1})"_s } } },
+        { .name = "hotkey data not base64", .values = { { hotkey, QJsonObject { { u"data"_s, u"%%%"_s } } } } },
+        { .name = "booleans as strings", .values = { { autoPaste, u"false"_s }, { ignore, 0 } } },
         { .name = "booleans false",
             .values = { { autoPaste, false }, { ignore, false } },
             .autoPaste = false,
@@ -116,16 +115,15 @@ TEST_F(AppSettingsTest, UnusableStoredValuesFallBack)
 
 TEST_F(AppSettingsTest, UnreadableFileIsKeptAsideAndReplacedOnFirstChange)
 {
-    QDir().mkpath(path(QStringLiteral("Zettly")));
+    QDir().mkpath(path(u"Zettly"_s));
     writeAll(file(), "{\"zettly.autoPaste\": fal");
     AppSettings settings(file());
     EXPECT_TRUE(settings.autoPaste());
     settings.setAutoPaste(false);
     EXPECT_EQ(stored().keys(), allKeys);
-    const QStringList copies
-        = QDir(path(QStringLiteral("Zettly"))).entryList({ QStringLiteral("defaults.json.unreadable-*") });
+    const QStringList copies = QDir(path(u"Zettly"_s)).entryList({ u"defaults.json.unreadable-*"_s });
     ASSERT_EQ(copies.size(), 1);
-    EXPECT_EQ(readAll(path(QStringLiteral("Zettly/")) + copies.first()), QByteArray("{\"zettly.autoPaste\": fal"));
+    EXPECT_EQ(readAll(path(u"Zettly/"_s) + copies.first()), QByteArray("{\"zettly.autoPaste\": fal"));
 }
 
 TEST_F(AppSettingsTest, NoticeBeforeChangeAndShortcutHookAfterWriting)
@@ -149,7 +147,7 @@ TEST_F(AppSettingsTest, NoticeBeforeChangeAndShortcutHookAfterWriting)
     settings.setHistoryLimit(20);
     ASSERT_EQ(fileAtRegistration.size(), 2);
     EXPECT_EQ(fileAtRegistration.first().keys(), allKeys);
-    EXPECT_EQ(fileAtRegistration.first().value(QStringLiteral("zettly.hotkey")),
+    EXPECT_EQ(fileAtRegistration.first().value(u"zettly.hotkey"_s),
         QJsonValue(hotkeyData(R"({"keyCode":12,"modifiers":256})")));
     EXPECT_EQ(changed.count(), 3);
 }

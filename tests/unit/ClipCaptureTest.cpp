@@ -25,14 +25,21 @@ protected:
     }
 };
 
-TEST_F(ClipCaptureTest, FilesWinOnlyWhenEveryUrlIsAFile)
+// Files win only when every URL is a file; a picture that does not decode,
+// or is too large, gives way to what else is offered.
+TEST_F(ClipCaptureTest, KindFollowsWhatIsOfferedAndUsable)
 {
+    const QByteArray wide = encoded(picture(CaptureLimits::maxImageSide + 1, 1), "png");
+    const QByteArray whole = encoded(picture(40, 40), "png");
+    // The header is whole, the pixels are not.
+    const QByteArray cutOff = whole.left(whole.size() / 2);
+    const QByteArray tiff = encoded(picture(4, 2), "tiff");
     struct Row {
         const char *name;
         ClipboardSnapshot snapshot;
         ClipKind kind;
         QString preview;
-        std::optional<QStringList> paths;
+        std::optional<QStringList> paths = std::nullopt;
     };
     const QByteArray icon = encoded(picture(16, 16), "png");
     const QList<Row> rows {
@@ -45,8 +52,8 @@ TEST_F(ClipCaptureTest, FilesWinOnlyWhenEveryUrlIsAFile)
             offer({ { PasteboardTypes::uriList,
                 uriList({ u"file:///c/z.txt"_s, u"file:///a.txt"_s, u"file:///b"_s }) } }),
             ClipKind::File, u"3 fichiers"_s, QStringList { u"/c/z.txt"_s, u"/a.txt"_s, u"/b"_s } },
-        { "folder", offer({ { PasteboardTypes::uriList, "file:///home/ana/Photos/\n" } }), ClipKind::File, u"Photos"_s,
-            std::nullopt },
+        { "folder", offer({ { PasteboardTypes::uriList, "file:///home/ana/Photos/\n" } }), ClipKind::File,
+            u"Photos"_s },
         { "root folder", offer({ { PasteboardTypes::uriList, "file:///" } }), ClipKind::File, u"/"_s,
             QStringList { u"/"_s } },
         { "file with its icon and name",
@@ -55,7 +62,7 @@ TEST_F(ClipCaptureTest, FilesWinOnlyWhenEveryUrlIsAFile)
             ClipKind::File, u"report.pdf"_s, QStringList { u"/home/ana/report.pdf"_s } },
         { "web link before a file",
             offer({ { PasteboardTypes::uriList, uriList({ u"https://example.org/a"_s, u"file:///tmp/a.txt"_s }) } }),
-            ClipKind::Url, u"https://example.org/a"_s, std::nullopt },
+            ClipKind::Url, u"https://example.org/a"_s },
         { "file manager's list alone, cut",
             offer({ { PasteboardTypes::copiedFiles, "cut\nfile:///home/ana/a.txt\nfile:///home/ana/b%20c.txt" } }),
             ClipKind::File, u"2 fichiers"_s, QStringList { u"/home/ana/a.txt"_s, u"/home/ana/b c.txt"_s } },
@@ -64,7 +71,23 @@ TEST_F(ClipCaptureTest, FilesWinOnlyWhenEveryUrlIsAFile)
         { "file before a web link",
             offer({ { PasteboardTypes::uriList, uriList({ u"file:///tmp/a.txt"_s, u"https://example.org/a"_s }) },
                 { PasteboardTypes::string, "notes" } }),
-            ClipKind::Text, u"notes"_s, std::nullopt },
+            ClipKind::Text, u"notes"_s },
+        { "garbage PNG, good TIFF",
+            offer({ { PasteboardTypes::png, "not a picture" }, { PasteboardTypes::tiff, tiff } }), ClipKind::Image,
+            u"Image 4×2"_s },
+        { "garbage PNG and TIFF, link",
+            offer({ { PasteboardTypes::png, "\x89PNG\r\n\x1a\ngarbage" }, { PasteboardTypes::tiff, "II*\0garbage" },
+                { PasteboardTypes::string, "https://example.org" } }),
+            ClipKind::Url, u"https://example.org"_s },
+        { "PNG header whose pixels do not decode, good TIFF",
+            offer({ { PasteboardTypes::png, cutOff }, { PasteboardTypes::tiff, tiff } }), ClipKind::Image,
+            u"Image 4×2"_s },
+        { "PNG header whose pixels do not decode, text",
+            offer({ { PasteboardTypes::png, cutOff }, { PasteboardTypes::string, "légende" } }), ClipKind::Text,
+            u"légende"_s },
+        { "PNG wider than the bound, text",
+            offer({ { PasteboardTypes::png, wide }, { PasteboardTypes::string, "caption" } }), ClipKind::Text,
+            u"caption"_s },
     };
     for (const Row &row : rows) {
         SCOPED_TRACE(row.name);
@@ -75,10 +98,10 @@ TEST_F(ClipCaptureTest, FilesWinOnlyWhenEveryUrlIsAFile)
         if (row.paths) {
             EXPECT_EQ(clip->filePaths, row.paths);
         }
-        EXPECT_FALSE(clip->imageRelPath);
+        EXPECT_EQ(clip->imageRelPath.has_value(), row.kind == ClipKind::Image);
         EXPECT_EQ(clip->filePaths.has_value(), row.kind == ClipKind::File);
     }
-    EXPECT_TRUE(imageFiles().isEmpty());
+    EXPECT_EQ(imageFiles().size(), 2);
 
     QStringList uris;
     for (int i = 0; i < 10000; ++i)
@@ -117,47 +140,6 @@ TEST_F(ClipCaptureTest, PngIsStoredAsItCameAndTiffIsConverted)
     QImage converted;
     ASSERT_TRUE(converted.loadFromData(readAll(store.imagePath(*fromTiff)), "png"));
     EXPECT_EQ(converted.convertToFormat(QImage::Format_ARGB32), image);
-    EXPECT_EQ(imageFiles().size(), 2);
-}
-
-TEST_F(ClipCaptureTest, ImagesThatDoNotDecodeOrAreTooLargeGiveWay)
-{
-    const QByteArray wide = encoded(picture(CaptureLimits::maxImageSide + 1, 1), "png");
-    const QByteArray whole = encoded(picture(40, 40), "png");
-    // The header is whole, the pixels are not.
-    const QByteArray cutOff = whole.left(whole.size() / 2);
-    const QByteArray tiff = encoded(picture(4, 2), "tiff");
-    struct Row {
-        const char *name;
-        ClipboardSnapshot snapshot;
-        ClipKind kind;
-        QString preview;
-    };
-    const QList<Row> rows {
-        { "garbage PNG, good TIFF",
-            offer({ { PasteboardTypes::png, "not a picture" }, { PasteboardTypes::tiff, tiff } }), ClipKind::Image,
-            u"Image 4×2"_s },
-        { "garbage PNG and TIFF, link",
-            offer({ { PasteboardTypes::png, "\x89PNG\r\n\x1a\ngarbage" }, { PasteboardTypes::tiff, "II*\0garbage" },
-                { PasteboardTypes::string, "https://example.org" } }),
-            ClipKind::Url, u"https://example.org"_s },
-        { "PNG header whose pixels do not decode, good TIFF",
-            offer({ { PasteboardTypes::png, cutOff }, { PasteboardTypes::tiff, tiff } }), ClipKind::Image,
-            u"Image 4×2"_s },
-        { "PNG header whose pixels do not decode, text",
-            offer({ { PasteboardTypes::png, cutOff }, { PasteboardTypes::string, "légende" } }), ClipKind::Text,
-            u"légende"_s },
-        { "PNG wider than the bound, text",
-            offer({ { PasteboardTypes::png, wide }, { PasteboardTypes::string, "caption" } }), ClipKind::Text,
-            u"caption"_s },
-    };
-    for (const Row &row : rows) {
-        SCOPED_TRACE(row.name);
-        const auto clip = capture(row.snapshot);
-        ASSERT_TRUE(clip);
-        EXPECT_EQ(clip->kind, row.kind);
-        EXPECT_EQ(clip->preview, row.preview);
-    }
     EXPECT_EQ(imageFiles().size(), 2);
 }
 
@@ -226,9 +208,9 @@ TEST_F(ClipCaptureTest, TextPreviewIsOneLineOfTwoHundredCharacters)
     EXPECT_EQ(invalid->fullText, u"caf\uFFFD \uFFFD"_s);
 
     // Megabytes take another way through decoding: same text, same preview;
-    // more than 16 MiB is recorded too.
+    // 20 MiB is recorded too.
     QByteArray big = "\xEF\xBB\xBF" + QByteArray(300, '\n');
-    while (big.size() < 17 * 1024 * 1024)
+    while (big.size() < 20 * 1024 * 1024)
         big += "ligne é \xF0\x9F\x91\x8D\xFF\r\n";
     const auto large = capture(offer({ { PasteboardTypes::string, big } }));
     ASSERT_TRUE(large);

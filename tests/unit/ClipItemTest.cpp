@@ -4,6 +4,8 @@
 
 #include <QSet>
 
+#include <functional>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -180,32 +182,26 @@ TEST(ClipItemEqualityTest, CanonicalTextsAreEqualAndHashAlike)
     EXPECT_EQ(composed, decomposed);
     EXPECT_EQ(qHash(composed, 7), qHash(decomposed, 7));
 
-    // No case folding, no trimming.
-    ClipItem upper = composed;
-    upper.fullText = QStringLiteral("CAF\u00c9");
-    EXPECT_FALSE(composed == upper);
-    ClipItem spaced = composed;
-    spaced.fullText = QStringLiteral("caf\u00e9 ");
-    EXPECT_FALSE(composed == spaced);
-
-    // Every field takes part, and an absent optional differs from an empty one.
-    ClipItem otherId = composed;
-    otherId.id = QUuid::createUuid();
-    EXPECT_FALSE(composed == otherId);
-    EXPECT_NE(qHash(composed, 0), qHash(otherId, 0));
-    ClipItem emptySource = composed;
-    emptySource.sourceApp = QString();
-    EXPECT_FALSE(composed == emptySource);
-    EXPECT_NE(qHash(composed, 0), qHash(emptySource, 0));
-    ClipItem later = composed;
-    later.createdAt += 1e-6;
-    EXPECT_FALSE(composed == later);
-    ClipItem pinned = composed;
-    pinned.pinned = true;
-    EXPECT_FALSE(composed == pinned);
+    // No case folding, no trimming; every field takes part, and an absent
+    // optional differs from an empty one.
+    const std::function<void(ClipItem &)> changes[] = {
+        [](ClipItem &item) { item.fullText = QStringLiteral("CAF\u00c9"); },
+        [](ClipItem &item) { item.fullText = QStringLiteral("caf\u00e9 "); },
+        [](ClipItem &item) { item.id = QUuid::createUuid(); },
+        [](ClipItem &item) { item.sourceApp = QString(); },
+        [](ClipItem &item) { item.createdAt += 1e-6; },
+        [](ClipItem &item) { item.pinned = true; },
+    };
+    for (const auto &change : changes) {
+        ClipItem other = composed;
+        change(other);
+        EXPECT_FALSE(composed == other) << other.toJson().constData();
+        EXPECT_NE(qHash(composed, 0), qHash(other, 0)) << other.toJson().constData();
+    }
 
     // Two captures of the same text are never equal.
     EXPECT_FALSE(textItem(QStringLiteral("x")) == textItem(QStringLiteral("x")));
-    QSet<ClipItem> set { composed, decomposed, otherId };
-    EXPECT_EQ(set.size(), 2);
+    ClipItem otherId = composed;
+    otherId.id = QUuid::createUuid();
+    EXPECT_EQ((QSet<ClipItem> { composed, decomposed, otherId }).size(), 2);
 }

@@ -6,6 +6,8 @@
 
 #include <QSignalSpy>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 ClipItem text(const QString &value, double createdAt = ClipItem::now())
@@ -13,7 +15,7 @@ ClipItem text(const QString &value, double createdAt = ClipItem::now())
     return ClipItem { .kind = ClipKind::Text, .preview = value, .fullText = value, .createdAt = createdAt };
 }
 
-ClipItem image(const QString &fileName, const QString &preview = QStringLiteral("Image 10×10"))
+ClipItem image(const QString &fileName, const QString &preview = u"Image 10×10"_s)
 {
     return ClipItem { .kind = ClipKind::Image, .preview = preview, .imageRelPath = fileName };
 }
@@ -22,7 +24,7 @@ QStringList previews(const QList<ClipItem> &items)
 {
     QStringList result;
     for (const ClipItem &item : items)
-        result.append(item.preview + (item.pinned ? QStringLiteral("*") : QString()));
+        result.append(item.preview + (item.pinned ? u"*"_s : QString()));
     return result;
 }
 
@@ -31,12 +33,12 @@ QStringList previews(const QList<ClipItem> &items)
 class ClipboardStoreTest : public TestFolder {
 protected:
     ClipboardStoreTest()
-        : settings(path(QStringLiteral("defaults.json")))
+        : settings(path(u"defaults.json"_s))
     {
     }
 
-    QString dir() const { return path(QStringLiteral("Zettly")); }
-    QString db() const { return dir() + QStringLiteral("/clips.json"); }
+    QString dir() const { return path(u"Zettly"_s); }
+    QString db() const { return dir() + u"/clips.json"_s; }
 
     // Once its saves are written, the file holds what is in memory.
     void expectSaved(ClipboardStore &store) const
@@ -64,32 +66,32 @@ TEST_F(ClipboardStoreTest, AddSkipsOnlyARepeatOfTheNewestUnpinnedEntry)
     store.flush();
     EXPECT_FALSE(QFile::exists(db()));
 
-    store.add(text(QStringLiteral("A")));
-    store.add(text(QStringLiteral("A")));
-    EXPECT_EQ(previews(store.items()), QStringList { QStringLiteral("A") });
-    store.add(text(QStringLiteral("B")));
-    store.add(text(QStringLiteral("A")));
-    EXPECT_EQ(previews(store.items()), (QStringList { QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("A") }));
+    store.add(text(u"A"_s));
+    store.add(text(u"A"_s));
+    EXPECT_EQ(previews(store.items()), QStringList { u"A"_s });
+    store.add(text(u"B"_s));
+    store.add(text(u"A"_s));
+    EXPECT_EQ(previews(store.items()), (QStringList { u"A"_s, u"B"_s, u"A"_s }));
     expectSaved(store);
 
     // Another source application or instant is still a repeat; canonically
     // equivalent text too. Nothing is written for a repeat.
     backdate(db());
     const QDateTime before = modified(db());
-    ClipItem again = text(QStringLiteral("A"), 5);
-    again.sourceApp = QStringLiteral("org.kde.kate");
+    ClipItem again = text(u"A"_s, 5);
+    again.sourceApp = u"org.kde.kate"_s;
     store.add(again);
     EXPECT_EQ(store.items().size(), 3);
     store.flush();
     EXPECT_EQ(modified(db()), before);
 
-    store.add(text(QStringLiteral("caf\u00e9")));
-    store.add(text(QStringLiteral("cafe\u0301")));
+    store.add(text(u"caf\u00e9"_s));
+    store.add(text(u"cafe\u0301"_s));
     EXPECT_EQ(store.items().size(), 4);
 
     // Same preview but another full text is new; so is another kind.
-    ClipItem longer = text(QStringLiteral("caf\u00e9"));
-    longer.fullText = QStringLiteral("caf\u00e9 au lait");
+    ClipItem longer = text(u"caf\u00e9"_s);
+    longer.fullText = u"caf\u00e9 au lait"_s;
     store.add(longer);
     ClipItem asLink = longer;
     asLink.kind = ClipKind::Url;
@@ -103,51 +105,36 @@ TEST_F(ClipboardStoreTest, AddSkipsOnlyARepeatOfTheNewestUnpinnedEntry)
 
     // Images of the same size and files with the same name repeat whatever
     // their files.
-    store.add(image(QStringLiteral("one.png")));
-    store.add(image(QStringLiteral("two.png")));
+    store.add(image(u"one.png"_s));
+    store.add(image(u"two.png"_s));
     EXPECT_EQ(store.items().size(), 8);
     expectSaved(store);
 }
 
-TEST_F(ClipboardStoreTest, AddGivesAFreshIdAndKeepsPinnedEntriesOnTop)
+TEST_F(ClipboardStoreTest, AddGoesBelowPinnedEntriesAndDropsTheOldestUnpinned)
 {
     auto store = storeHolding({
-        ClipItem { .preview = QStringLiteral("P"), .fullText = QStringLiteral("P"), .pinned = true, .createdAt = 1 },
-        text(QStringLiteral("U1"), 3),
-        text(QStringLiteral("U2"), 2),
+        ClipItem { .preview = u"P"_s, .pinned = true, .createdAt = 1 },
+        text(u"U1"_s, 3),
+        image(u"U2.png"_s, u"U2"_s),
     });
-    const ClipItem incoming = text(QStringLiteral("N"), 4);
-    store->add(incoming);
-    EXPECT_EQ(previews(store->items()),
-        (QStringList { QStringLiteral("P*"), QStringLiteral("N"), QStringLiteral("U1"), QStringLiteral("U2") }));
-    const ClipItem &stored = store->items().at(1);
-    EXPECT_NE(stored.id, incoming.id);
-    EXPECT_EQ(stored.createdAt, incoming.createdAt);
-    expectSaved(*store);
-}
-
-TEST_F(ClipboardStoreTest, LimitDropsTheOldestUnpinnedEntriesOnly)
-{
-    auto store = storeHolding({
-        ClipItem { .preview = QStringLiteral("P"), .pinned = true, .createdAt = 1 },
-        text(QStringLiteral("U1"), 3),
-        image(QStringLiteral("U2.png"), QStringLiteral("U2")),
-    });
-    writeAll(store->imagesDirPath() + QStringLiteral("/U2.png"), "png");
+    writeAll(store->imagesDirPath() + u"/U2.png"_s, "png");
     settings.setHistoryLimit(2);
-    store->add(text(QStringLiteral("N")));
-    EXPECT_EQ(
-        previews(store->items()), (QStringList { QStringLiteral("P*"), QStringLiteral("N"), QStringLiteral("U1") }));
+    // Below the pinned entries, with an id of its own.
+    const ClipItem incoming = text(u"N"_s, 4);
+    store->add(incoming);
+    EXPECT_EQ(previews(store->items()), (QStringList { u"P*"_s, u"N"_s, u"U1"_s }));
+    EXPECT_NE(store->items().at(1).id, incoming.id);
+    EXPECT_EQ(store->items().at(1).createdAt, incoming.createdAt);
     // Dropping an entry leaves its image on disk.
-    EXPECT_TRUE(QFile::exists(store->imagesDirPath() + QStringLiteral("/U2.png")));
+    EXPECT_TRUE(QFile::exists(store->imagesDirPath() + u"/U2.png"_s));
     expectSaved(*store);
 
     // Below 1 counts as 1; the limit is read at every trim.
     for (qint64 limit : { 0, -5 }) {
         settings.setHistoryLimit(limit);
-        store->add(text(QStringLiteral("M") + QString::number(limit)));
-        EXPECT_EQ(previews(store->items()),
-            (QStringList { QStringLiteral("P*"), QStringLiteral("M") + QString::number(limit) }));
+        store->add(text(u"M"_s + QString::number(limit)));
+        EXPECT_EQ(previews(store->items()), (QStringList { u"P*"_s, u"M"_s + QString::number(limit) }));
     }
 
     // A loaded file longer than the limit stays whole until the next add.
@@ -158,33 +145,27 @@ TEST_F(ClipboardStoreTest, LimitDropsTheOldestUnpinnedEntriesOnly)
         many.append(text(QString::number(i), 100 - i));
     auto loaded = storeHolding(many);
     EXPECT_EQ(loaded->items().size(), 10);
-    loaded->add(text(QStringLiteral("new")));
-    EXPECT_EQ(
-        previews(loaded->items()), (QStringList { QStringLiteral("new"), QStringLiteral("0"), QStringLiteral("1") }));
+    loaded->add(text(u"new"_s));
+    EXPECT_EQ(previews(loaded->items()), (QStringList { u"new"_s, u"0"_s, u"1"_s }));
 }
 
 TEST_F(ClipboardStoreTest, TogglePinSortsStablyByPinThenDate)
 {
-    auto store
-        = storeHolding({ text(QStringLiteral("c"), 30), text(QStringLiteral("b"), 20), text(QStringLiteral("a"), 10) });
+    auto store = storeHolding({ text(u"c"_s, 30), text(u"b"_s, 20), text(u"a"_s, 10) });
     store->togglePin(store->items().at(2).id);
-    EXPECT_EQ(
-        previews(store->items()), (QStringList { QStringLiteral("a*"), QStringLiteral("c"), QStringLiteral("b") }));
+    EXPECT_EQ(previews(store->items()), (QStringList { u"a*"_s, u"c"_s, u"b"_s }));
     expectSaved(*store);
 
     // Unpinning puts the entry back by date, not on top.
     store->togglePin(store->items().at(0).id);
-    EXPECT_EQ(
-        previews(store->items()), (QStringList { QStringLiteral("c"), QStringLiteral("b"), QStringLiteral("a") }));
+    EXPECT_EQ(previews(store->items()), (QStringList { u"c"_s, u"b"_s, u"a"_s }));
 
     // Equal dates keep their previous relative order; the sort also regroups
     // a file stored out of order.
     store.reset(); // its last save would land over the file written next
-    auto ties = storeHolding({ text(QStringLiteral("x"), 5), text(QStringLiteral("old"), 1),
-        text(QStringLiteral("y"), 5), text(QStringLiteral("z"), 5) });
+    auto ties = storeHolding({ text(u"x"_s, 5), text(u"old"_s, 1), text(u"y"_s, 5), text(u"z"_s, 5) });
     ties->togglePin(ties->items().at(3).id);
-    EXPECT_EQ(previews(ties->items()),
-        (QStringList { QStringLiteral("z*"), QStringLiteral("x"), QStringLiteral("y"), QStringLiteral("old") }));
+    EXPECT_EQ(previews(ties->items()), (QStringList { u"z*"_s, u"x"_s, u"y"_s, u"old"_s }));
 
     // Unpinning does not trim: the group may hold one more than the limit.
     settings.setHistoryLimit(3);
@@ -204,25 +185,19 @@ TEST_F(ClipboardStoreTest, TogglePinSortsStablyByPinThenDate)
 TEST_F(ClipboardStoreTest, RemoveAndClearDeleteOnlyTheirOwnImages)
 {
     auto store = storeHolding({
-        ClipItem { .kind = ClipKind::Image,
-            .preview = QStringLiteral("pinned"),
-            .imageRelPath = QStringLiteral("p.png"),
-            .pinned = true },
-        image(QStringLiteral("a.png"), QStringLiteral("a")),
-        ClipItem { .kind = ClipKind::File,
-            .preview = QStringLiteral("f.txt"),
-            .filePaths = QStringList { path(QStringLiteral("f.txt")) } },
-        image(QStringLiteral("b.png"), QStringLiteral("b")),
-        text(QStringLiteral("t")),
+        ClipItem { .kind = ClipKind::Image, .preview = u"pinned"_s, .imageRelPath = u"p.png"_s, .pinned = true },
+        image(u"a.png"_s, u"a"_s),
+        ClipItem { .kind = ClipKind::File, .preview = u"f.txt"_s, .filePaths = QStringList { path(u"f.txt"_s) } },
+        image(u"b.png"_s, u"b"_s),
+        text(u"t"_s),
     });
     for (const char *name : { "p.png", "a.png", "b.png" })
         writeAll(store->imagesDirPath() + u'/' + QString::fromUtf8(name), "png");
-    writeAll(path(QStringLiteral("f.txt")), "user file");
+    writeAll(path(u"f.txt"_s), "user file");
 
     store->remove(store->items().at(1).id);
-    EXPECT_FALSE(QFile::exists(store->imagesDirPath() + QStringLiteral("/a.png")));
-    EXPECT_EQ(previews(store->items()),
-        (QStringList { QStringLiteral("pinned*"), QStringLiteral("f.txt"), QStringLiteral("b"), QStringLiteral("t") }));
+    EXPECT_FALSE(QFile::exists(store->imagesDirPath() + u"/a.png"_s));
+    EXPECT_EQ(previews(store->items()), (QStringList { u"pinned*"_s, u"f.txt"_s, u"b"_s, u"t"_s }));
     expectSaved(*store);
 
     // An unknown id changes nothing but still writes the file; a missing image
@@ -232,14 +207,14 @@ TEST_F(ClipboardStoreTest, RemoveAndClearDeleteOnlyTheirOwnImages)
     store->remove(QUuid::createUuid());
     EXPECT_EQ(store->items().size(), 4);
     expectSaved(*store);
-    QFile::remove(store->imagesDirPath() + QStringLiteral("/b.png"));
+    QFile::remove(store->imagesDirPath() + u"/b.png"_s);
     store->remove(store->items().at(2).id);
     EXPECT_EQ(store->items().size(), 3);
 
     store->clearUnpinned();
-    EXPECT_EQ(previews(store->items()), QStringList { QStringLiteral("pinned*") });
-    EXPECT_TRUE(QFile::exists(store->imagesDirPath() + QStringLiteral("/p.png")));
-    EXPECT_TRUE(QFile::exists(path(QStringLiteral("f.txt")))) << "file entries point at the user's own files";
+    EXPECT_EQ(previews(store->items()), QStringList { u"pinned*"_s });
+    EXPECT_TRUE(QFile::exists(store->imagesDirPath() + u"/p.png"_s));
+    EXPECT_TRUE(QFile::exists(path(u"f.txt"_s))) << "file entries point at the user's own files";
     expectSaved(*store);
 
     // Clearing a history of pinned entries only still writes the file.
@@ -257,11 +232,11 @@ TEST_F(ClipboardStoreTest, NoticesComeBeforeEachChange)
     QObject::connect(&store, &ClipboardStore::aboutToChange, [&] { sizesSeenBefore.append(store.items().size()); });
     QSignalSpy after(&store, &ClipboardStore::changed);
 
-    store.add(text(QStringLiteral("one")));
+    store.add(text(u"one"_s));
     // The insertion, then the trim (which assigns even when it drops nothing).
     EXPECT_EQ(sizesSeenBefore, (QList<qsizetype> { 0, 1 }));
     EXPECT_EQ(after.count(), 2);
-    store.add(text(QStringLiteral("one")));
+    store.add(text(u"one"_s));
     EXPECT_EQ(after.count(), 2) << "a repeat changes nothing";
     store.remove(QUuid::createUuid());
     EXPECT_EQ(after.count(), 3);
@@ -301,25 +276,21 @@ TEST_F(ClipboardStoreTest, HistoryAtItsByteBoundStaysWithinItAndLoadsWhole)
         }
         // This one fills the budget to the byte.
         const qint64 restSize = budget - used - ClipboardStore::entryOverhead - 1;
-        store.add(entry(QStringLiteral("4"), QString(restSize, u'y')));
-        EXPECT_EQ(previews(store.items()),
-            (QStringList { QStringLiteral("4"), QStringLiteral("3"), QStringLiteral("2"), QStringLiteral("1") }));
+        store.add(entry(u"4"_s, QString(restSize, u'y')));
+        EXPECT_EQ(previews(store.items()), (QStringList { u"4"_s, u"3"_s, u"2"_s, u"1"_s }));
 
         // One byte more and the oldest goes.
-        store.add(entry(QStringLiteral("5"), QString()));
-        EXPECT_EQ(previews(store.items()),
-            (QStringList { QStringLiteral("5"), QStringLiteral("4"), QStringLiteral("3"), QStringLiteral("2") }));
+        store.add(entry(u"5"_s, QString()));
+        EXPECT_EQ(previews(store.items()), (QStringList { u"5"_s, u"4"_s, u"3"_s, u"2"_s }));
         // Pinned entries stay whatever their size; a copy that cannot fit
         // beside them is not kept, and the others stay.
         for (int i = 0; i < 3; ++i)
             store.togglePin(store.items().at(3).id);
-        store.add(entry(QStringLiteral("66"), shared));
-        EXPECT_EQ(previews(store.items()),
-            (QStringList { QStringLiteral("4*"), QStringLiteral("3*"), QStringLiteral("2*"), QStringLiteral("5") }));
+        store.add(entry(u"66"_s, shared));
+        EXPECT_EQ(previews(store.items()), (QStringList { u"4*"_s, u"3*"_s, u"2*"_s, u"5"_s }));
         // One that fits exactly pushes out the rest.
-        store.add(entry(QStringLiteral("6"), shared));
-        EXPECT_EQ(previews(store.items()),
-            (QStringList { QStringLiteral("4*"), QStringLiteral("3*"), QStringLiteral("2*"), QStringLiteral("6") }));
+        store.add(entry(u"6"_s, shared));
+        EXPECT_EQ(previews(store.items()), (QStringList { u"4*"_s, u"3*"_s, u"2*"_s, u"6"_s }));
         atBound = store.items();
     }
     EXPECT_GE(QFileInfo(db()).size(), budget);

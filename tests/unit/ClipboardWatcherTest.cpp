@@ -95,7 +95,7 @@ TEST_F(ClipboardWatcherTest, PrivacyRulesApplyOnlyWhileTheSwitchIsOn)
         { "hint secret", { { PasteboardTypes::passwordManagerHint, secret } }, {}, false },
         { "hint other value", { { PasteboardTypes::passwordManagerHint, "public" } }, {}, true },
         { "bitwarden in front", {}, u"com.bitwarden.desktop"_s, false },
-        { "keepassxc in front", {}, u"org.keepassxc.KeePassXC"_s, false },
+        { "KeePassXC by its window class", {}, u"KeePassXC"_s, false },
         { "identifier differs in case", {}, u"com.Bitwarden.desktop"_s, true },
         { "other app in front", {}, u"org.kde.kate"_s, true },
     };
@@ -202,18 +202,4 @@ TEST_F(ClipboardWatcherTest, RecordedCopyOutlivesTheProgramThatQuit)
         settle();
         EXPECT_FALSE(watcher->ownWriteCount());
     }
-
-    // A secret that was never recorded is not brought back, nor the entry
-    // recorded before it.
-    settings.setIgnoreSecretApps(true);
-    pasteboard.copyText(u"kept"_s);
-    settle();
-    ClipboardSnapshot secret = offer({ { PasteboardTypes::string, "hunter2" } });
-    secret.types.append(PasteboardTypes::concealed);
-    pasteboard.copy(secret);
-    settle();
-    pasteboard.quitOwner();
-    settle();
-    EXPECT_FALSE(pasteboard.hasOwner());
-    EXPECT_FALSE(watcher->ownWriteCount());
 }

@@ -24,11 +24,9 @@ private:
     mode_t m_previous;
 };
 
-ClipItem entry(const QString &text, bool pinned = false, double createdAt = 0)
+ClipItem entry(const QString &text)
 {
-    return ClipItem {
-        .kind = ClipKind::Text, .preview = text, .fullText = text, .pinned = pinned, .createdAt = createdAt
-    };
+    return ClipItem { .kind = ClipKind::Text, .preview = text, .fullText = text };
 }
 
 } // namespace
@@ -59,20 +57,6 @@ TEST_F(HistoryFolderTest, FirstStartMakesPrivateFoldersAndSavesPrivately)
     QFile::setPermissions(open, QFileDevice::Permissions(0x7777));
     const HistoryFolder reopened(open);
     EXPECT_EQ(modeOf(open), 0700u);
-}
-
-TEST_F(HistoryFolderTest, LoadsInFileOrderWithoutSortingOrTrimming)
-{
-    HistoryFolder folder(path(QStringLiteral("Zettly")));
-    QList<ClipItem> items;
-    // Oldest first, pinned in the middle: kept exactly as stored.
-    for (int i = 0; i < 300; ++i)
-        items.append(entry(QString::number(i), i == 150, i));
-    ASSERT_TRUE(folder.save(items));
-    EXPECT_EQ(folder.load(), items);
-
-    writeAll(folder.dbPath(), "[]");
-    EXPECT_TRUE(folder.load().isEmpty());
 }
 
 TEST_F(HistoryFolderTest, UndecodableFileIsKeptAsideBeforeAnySave)

@@ -161,25 +161,6 @@ TEST_F(PreferencesTest, TrustPollingFollowsTheTab)
     EXPECT_EQ(general.statusText()->text(), QStringLiteral("Non autorisé"));
 }
 
-TEST_F(PreferencesTest, CountAndClearFollowTheStore)
-{
-    GeneralTab &general = *view.generalTab();
-    const auto addText = [&](const QString &text) {
-        ClipItem item;
-        item.preview = text;
-        item.fullText = text;
-        store.add(item);
-    };
-    addText(QStringLiteral("épinglé"));
-    store.togglePin(store.items().first().id);
-    addText(QStringLiteral("autre"));
-    EXPECT_EQ(general.countText()->text(), QStringLiteral("2 items au total"));
-    general.clearButton()->click();
-    ASSERT_EQ(store.items().size(), 1);
-    EXPECT_TRUE(store.items().first().pinned);
-    EXPECT_EQ(general.countText()->text(), QStringLiteral("1 items au total"));
-}
-
 TEST_F(PreferencesTest, RecordsAShortcutFromAKeyPress)
 {
     ShortcutTab &tab = *view.shortcutTab();

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <functional>
 
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {
@@ -22,8 +23,8 @@ class UrlCatcher : public QObject {
     Q_OBJECT
 
 public:
-    UrlCatcher() { QDesktopServices::setUrlHandler(QStringLiteral("https"), this, "open"); }
-    ~UrlCatcher() override { QDesktopServices::unsetUrlHandler(QStringLiteral("https")); }
+    UrlCatcher() { QDesktopServices::setUrlHandler(u"https"_s, this, "open"); }
+    ~UrlCatcher() override { QDesktopServices::unsetUrlHandler(u"https"_s); }
 
     QList<QUrl> opened;
 
@@ -46,15 +47,13 @@ QString labels(const UpdateDialog &dialog)
     return texts.join(u'\n');
 }
 
-const AppcastRelease newer { QStringLiteral("12"), QStringLiteral("2.0"),
-    QUrl(QStringLiteral("https://example.com/zettly-2.0.deb")) };
+const AppcastRelease newer { u"12"_s, u"2.0"_s, QUrl(u"https://example.com/zettly-2.0.deb"_s) };
 
 using Outcome = std::function<void(UpdateCheck &)>;
 const Outcome foundNewer = [](UpdateCheck &check) { Q_EMIT check.updateFound(newer); };
 const Outcome upToDate = [](UpdateCheck &check) { Q_EMIT check.noUpdateFound(); };
-const Outcome failed = [](UpdateCheck &check) {
-    Q_EMIT check.checkFailed(UpdateCheck::Failure::HttpError, QStringLiteral("Erreur HTTP 404."));
-};
+const Outcome failed
+    = [](UpdateCheck &check) { Q_EMIT check.checkFailed(UpdateCheck::Failure::HttpError, u"Erreur HTTP 404."_s); };
 
 } // namespace
 
@@ -63,8 +62,7 @@ TEST(UpdaterController, UserCheckShowsTheSearchThenItsOutcome)
 {
     UrlCatcher browser;
     auto *check = new ScriptedUpdateCheck;
-    UpdaterController controller(
-        check, QStringLiteral("5"), QStringLiteral("1.0"), UpdaterController::AutomaticChecks::Off);
+    UpdaterController controller(check, u"5"_s, u"1.0"_s, UpdaterController::AutomaticChecks::Off);
     using State = UpdateDialog::State;
     struct Case {
         const char *name;
@@ -77,12 +75,10 @@ TEST(UpdaterController, UserCheckShowsTheSearchThenItsOutcome)
     };
     const Case cases[] = {
         { "newer, later", foundNewer, State::UpdateAvailable,
-            QStringLiteral("Zettly 2.0 (build 12) est disponible. Tu utilises la version 1.0 (build 5)."),
-            QStringLiteral("Plus tard"), 0 },
-        { "newer, download", foundNewer, State::UpdateAvailable, QStringLiteral("2.0 (build 12)"),
-            QStringLiteral("Télécharger"), 1 },
-        { "up to date", upToDate, State::UpToDate, QStringLiteral("1.0 (build 5)"), QStringLiteral("OK"), 1 },
-        { "failed", failed, State::Failed, QStringLiteral("Erreur HTTP 404."), QStringLiteral("OK"), 1 },
+            u"Zettly 2.0 (build 12) est disponible. Tu utilises la version 1.0 (build 5)."_s, u"Plus tard"_s, 0 },
+        { "newer, download", foundNewer, State::UpdateAvailable, u"2.0 (build 12)"_s, u"Télécharger"_s, 1 },
+        { "up to date", upToDate, State::UpToDate, u"1.0 (build 5)"_s, u"OK"_s, 1 },
+        { "failed", failed, State::Failed, u"Erreur HTTP 404."_s, u"OK"_s, 1 },
         { "cancelled, newer", foundNewer, State::Checking, {}, {}, 1 },
         { "cancelled, failed", failed, State::Checking, {}, {}, 1 },
     };
@@ -93,7 +89,7 @@ TEST(UpdaterController, UserCheckShowsTheSearchThenItsOutcome)
         UpdateDialog *dialog = controller.dialog();
         ASSERT_TRUE(dialog && dialog->isVisible() && dialog->state() == State::Checking) << c.name;
         if (c.state == State::Checking)
-            button(*dialog, QStringLiteral("Annuler"))->click();
+            button(*dialog, u"Annuler"_s)->click();
         c.outcome(*check);
         EXPECT_EQ(dialog->state(), c.state) << c.name;
         EXPECT_EQ(dialog->isVisible(), c.state != State::Checking) << c.name;
@@ -128,7 +124,7 @@ TEST(UpdaterController, AutomaticCheckOffersOnlyANewerRelease)
     };
     for (const Case &c : cases) {
         auto *check = new ScriptedUpdateCheck;
-        UpdaterController controller(check, QStringLiteral("5"), QStringLiteral("1.0"), c.automatic);
+        UpdaterController controller(check, u"5"_s, u"1.0"_s, c.automatic);
         controller.startAutomaticChecks(0ms);
         // A zero timer has run once the posted events are handled.
         QCoreApplication::processEvents();

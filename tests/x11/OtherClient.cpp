@@ -5,6 +5,7 @@
 
 #include "XcbXkb.h"
 
+#include <array>
 #include <cstdlib>
 #include <memory>
 
@@ -60,6 +61,12 @@ xcb_window_t OtherClient::createWindow(const Properties &properties, xcb_window_
     setText(atom("_GTK_APPLICATION_ID"), utf8, properties.gtkApplicationId);
     setText(atom("_KDE_NET_WM_DESKTOP_FILE"), utf8, properties.desktopFile);
     setText(XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, properties.wmClass);
+    // WM_NORMAL_HINTS with "user-specified position and size": a window
+    // manager places it where asked.
+    std::array<uint32_t, 18> sizeHints {};
+    sizeHints[0] = 1 | 2;
+    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS,
+        32, sizeHints.size(), sizeHints.data());
     xcb_map_window(m_connection, window);
     sync();
     return window;

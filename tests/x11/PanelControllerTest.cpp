@@ -18,7 +18,6 @@
 
 #include <xcb/xcb.h>
 
-#include <array>
 #include <cstdlib>
 #include <functional>
 #include <memory>
@@ -26,13 +25,13 @@
 
 using namespace std::string_view_literals;
 
-void PrintTo(const RunningApp &app, std::ostream *out)
+static void PrintTo(const RunningApp &app, std::ostream *out)
 {
     *out << "{window " << app.windowId << ", " << (app.identifier ? app.identifier->toStdString() : "no identifier")
          << '}';
 }
 
-void PrintTo(const QRect &rect, std::ostream *out)
+static void PrintTo(const QRect &rect, std::ostream *out)
 {
     *out << rect.x() << ',' << rect.y() << ' ' << rect.width() << 'x' << rect.height();
 }
@@ -41,28 +40,6 @@ namespace {
 
 // Long enough for a window manager on a busy machine; checks poll.
 constexpr int patience = 10'000;
-
-// Another application's window, mapped over the top-left of the screen.
-xcb_window_t createForeignWindow(OtherClient &client)
-{
-    xcb_connection_t *connection = client.connection();
-    const xcb_window_t window = xcb_generate_id(connection);
-    const uint32_t background = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->white_pixel;
-    xcb_create_window(connection, XCB_COPY_FROM_PARENT, window, client.root(), 20, 20, 500, 400, 0,
-        XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL, &background);
-    // WM_NORMAL_HINTS with "user-specified position and size": the window
-    // manager places it where asked.
-    std::array<uint32_t, 18> sizeHints {};
-    sizeHints[0] = 1 | 2;
-    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, 32,
-        sizeHints.size(), sizeHints.data());
-    constexpr std::string_view wmClass = "foreign\0Foreign\0"sv;
-    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
-        wmClass.size(), wmClass.data());
-    xcb_map_window(connection, window);
-    client.sync();
-    return window;
-}
 
 QList<quint32> cardinals(const OtherClient &client, xcb_window_t window, std::string_view property)
 {
@@ -116,7 +93,7 @@ protected:
     void SetUp() override
     {
         ASSERT_FALSE(cardinals(other, other.root(), "_NET_SUPPORTING_WM_CHECK").isEmpty()) << "needs a window manager";
-        foreign = createForeignWindow(other);
+        foreign = other.createWindow("foreign", "Foreign", { 20, 20, 500, 400 });
         ASSERT_TRUE(clicks.isValid());
         controller.setClickMonitor(&clicks);
         X11Workspace(other.connection()).activate({ foreign, std::nullopt });
@@ -208,8 +185,6 @@ TEST_F(PanelControllerTest, OpensBesideThePointerWithTheFocus)
     } cases[] = {
         { "room everywhere", { 300, 200 }, { 308, 204 } },
         { "bottom-right corner", { 1270, 790 }, { 912, 302 } },
-        { "bottom-left corner", { 3, 790 }, { 11, 302 } },
-        { "top-right corner", { 1279, 0 }, { 912, 4 } },
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
@@ -342,15 +317,17 @@ TEST(PanelControllerClicks, OnlyLeftAndRightButtonsCount)
     }
 }
 
-// The window manager alone would hand the focus to our own window.
+// The window manager alone would hand the focus to our own window. Escape
+// takes the panel away, but it stays shown for the next toggle, which hides.
 TEST_F(PanelControllerTest, FocusGoesBackPastOurOwnWindows)
 {
     const struct {
         const char *name;
         std::function<void()> leave;
+        bool staysShown;
     } ways[] = {
-        { "hide", [&] { controller.hide(); } },
-        { "Escape", [&] { XDoTool::key({ QStringLiteral("Escape") }); } },
+        { "hide", [&] { controller.hide(); }, false },
+        { "Escape", [&] { XDoTool::key({ QStringLiteral("Escape") }); }, true },
     };
     // Shown once from the other application, which is remembered.
     ASSERT_TRUE(showAt({ 600, 100 }));
@@ -364,25 +341,14 @@ TEST_F(PanelControllerTest, FocusGoesBackPastOurOwnWindows)
         EXPECT_EQ(controller.previousApp(), (RunningApp { foreign, QStringLiteral("Foreign") }));
         way.leave();
         EXPECT_TRUE(panelGoneAndFocusOn(foreign));
+        // Qt tells of the lost focus late.
+        ASSERT_TRUE(QTest::qWaitFor([] { return !QGuiApplication::focusWindow(); }, patience));
+        readPendingEvents(other);
+        EXPECT_EQ(controller.isShown(), way.staysShown);
         controller.hide();
+        EXPECT_FALSE(controller.isShown());
+        EXPECT_EQ(other.inputFocus(), foreign);
     }
-}
-
-TEST_F(PanelControllerTest, EscapeTakesThePanelAwayButItStaysShown)
-{
-    ASSERT_TRUE(showAt({ 600, 300 }));
-    ASSERT_TRUE(XDoTool::key({ QStringLiteral("Escape") }));
-    EXPECT_TRUE(panelGoneAndFocusOn(foreign));
-    // Qt tells of the lost focus late; the panel stays shown all the same.
-    ASSERT_TRUE(QTest::qWaitFor([] { return !QGuiApplication::focusWindow(); }, patience));
-    readPendingEvents(other);
-    EXPECT_TRUE(controller.isShown());
-
-    // The next toggle hides, the one after shows.
-    controller.hide();
-    EXPECT_FALSE(controller.isShown());
-    EXPECT_EQ(other.inputFocus(), foreign);
-    EXPECT_TRUE(showAt({ 600, 300 }));
 }
 
 } // namespace

@@ -9,13 +9,9 @@
 #include <memory>
 
 // Owns the CLIPBOARD selection, on an X connection and a thread of its own,
-// and serves the given targets as another program would:
-//
-//   TestSelectionOwner owner({ { "UTF8_STRING", "hello" }, { "x-kde-passwordManagerHint", "secret" } });
-//   ASSERT_TRUE(owner.waitUntilOwner());
-//
-// Data larger than one request goes INCR, in chunks of 256 KiB as Qt and GTK
-// owners send it; one such transfer at a time.
+// and serves the given targets as another program would. Data larger than one
+// request goes INCR, in chunks of 256 KiB as Qt and GTK owners send it; one
+// such transfer at a time.
 class TestSelectionOwner {
 public:
     struct Target {

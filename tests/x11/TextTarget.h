@@ -4,7 +4,7 @@
 #include <QProcess>
 #include <QString>
 
-// A text window of another process (tests/tools/text_target.cpp), which a
+// A text window of another process (text_target.cpp), which a
 // paste lands in: what it holds, and whether it has the keyboard focus.
 class TextTarget {
 public:
@@ -16,7 +16,6 @@ public:
     bool waitForFocus();
     bool waitForText(const QString &text);
     QString text();
-    qint64 processId() const { return m_process.processId(); }
 
 private:
     void read();

@@ -7,16 +7,13 @@
 #include "TestSelectionOwner.h"
 
 #include <QBuffer>
-#include <QElapsedTimer>
-#include <QEventLoop>
 #include <QImage>
-#include <QTimer>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <optional>
-#include <thread>
 
 // Static: other test files may print lists their own way.
 static void PrintTo(const QStringList &list, std::ostream *out)
@@ -31,14 +28,7 @@ using Behaviour = TestSelectionOwner::Behaviour;
 
 bool waitUntil(const std::function<bool()> &condition)
 {
-    QElapsedTimer timer;
-    timer.start();
-    while (!condition()) {
-        if (timer.hasExpired(10000))
-            return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return true;
+    return QTest::qWaitFor(condition, 10000);
 }
 
 QByteArray png(QSize size)
@@ -60,36 +50,24 @@ protected:
         ASSERT_TRUE(m_reader.isValid());
         QObject::connect(
             &m_reader, &X11SelectionReader::snapshotRead, &m_receiver,
-            [this](qint64 serial, const ClipboardSnapshot &snapshot) {
-                m_answers.insert(serial, snapshot);
-                if (m_loop)
-                    m_loop->quit();
-            },
+            [this](qint64 serial, const ClipboardSnapshot &snapshot) { m_answers.insert(serial, snapshot); },
             Qt::QueuedConnection);
         // The suite shares one server: let the owner of the last test go.
         ASSERT_TRUE(waitUntil([] { return OtherClient().clipboardOwner() == XCB_NONE; }));
     }
 
     // Requests a read and runs the event loop until its answer comes.
-    std::optional<ClipboardSnapshot> read(ReadScope scope = ReadScope::Everything, int timeoutMs = 10000)
+    std::optional<ClipboardSnapshot> read(ReadScope scope = ReadScope::Everything)
     {
         m_reader.request(++m_serial, scope);
-        QElapsedTimer timer;
-        timer.start();
-        while (!m_answers.contains(m_serial) && !timer.hasExpired(timeoutMs)) {
-            QEventLoop loop;
-            QTimer::singleShot(timeoutMs - timer.elapsed(), &loop, &QEventLoop::quit);
-            m_loop = &loop;
-            loop.exec();
-            m_loop = nullptr;
-        }
-        return m_answers.contains(m_serial) ? std::optional(m_answers.value(m_serial)) : std::nullopt;
+        if (!waitUntil([&] { return m_answers.contains(m_serial); }))
+            return std::nullopt;
+        return m_answers.value(m_serial);
     }
 
     X11SelectionReader m_reader;
     QObject m_receiver;
     QHash<qint64, ClipboardSnapshot> m_answers;
-    QEventLoop *m_loop = nullptr;
     qint64 m_serial = 0;
 };
 

@@ -7,7 +7,7 @@
 
 namespace XDoTool {
 
-bool run(const QStringList &arguments)
+static bool run(const QStringList &arguments)
 {
     QProcess process;
     process.start(QStringLiteral("xdotool"), arguments);

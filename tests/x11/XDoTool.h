@@ -9,7 +9,6 @@
 // app's would.
 namespace XDoTool {
 
-bool run(const QStringList &arguments);
 // Keys by their X names, "ctrl+super+v", "Return", one after the other.
 bool key(const QStringList &keys);
 bool type(const QString &text);

@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-void PrintTo(const QString &text, std::ostream *out)
+static void PrintTo(const QString &text, std::ostream *out)
 {
     *out << '"' << text.toStdString() << '"';
 }
@@ -69,7 +69,8 @@ TEST_F(XkbKeyLayoutTest, FollowsLayoutChangesWithTheSameObject)
     EXPECT_EQ(displayString(12, controlCommand, layout.get()), text("⌃⌘Q"));
 }
 
-// Checks the table of key positions against the keys of a real US keymap.
+// Checks the table of key positions against the keys of a real US keymap,
+// and the names of keys without a character.
 TEST_F(XkbKeyLayoutTest, UsKeyPositionsTypeTheirUsCharacters)
 {
     const quint32 codes[] = { 0x00, 0x0B, 0x08, 0x02, 0x0E, 0x03, 0x05, 0x04, 0x22, 0x26, 0x28, 0x25, 0x2E, 0x2D, 0x1F,
@@ -81,10 +82,7 @@ TEST_F(XkbKeyLayoutTest, UsKeyPositionsTypeTheirUsCharacters)
     ASSERT_EQ(characters.size(), qsizetype(std::size(codes)));
     for (qsizetype i = 0; i < characters.size(); ++i)
         EXPECT_EQ(layout->character(codes[i]), QString(characters.at(i))) << "virtual key code " << codes[i];
-}
 
-TEST_F(XkbKeyLayoutTest, KeysWithoutACharacterShowTheirCode)
-{
     // No position at all, a key the US keymap leaves empty (the Yen key of
     // Japanese keyboards), and a key whose symbol is no character (Home).
     for (const quint32 keyCode : { 52u, 93u, 115u })

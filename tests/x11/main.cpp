@@ -1,24 +1,27 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <QCoreApplication>
+#include <QApplication>
 #include <QStandardPaths>
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
 
+// Qt's xcb platform: an offscreen one keeps a clipboard inside the process.
+// The tests change the server's keyboard layout and locks, so they refuse any
+// display but the one the wrapper started.
 int main(int argc, char *argv[])
 {
-    // Never touch the real user's history or settings.
     QStandardPaths::setTestModeEnabled(true);
-    QCoreApplication app(argc, argv);
+    qputenv("QT_QPA_PLATFORM", "xcb");
     ::testing::InitGoogleTest(&argc, argv);
+    if (GTEST_FLAG_GET(list_tests))
+        return RUN_ALL_TESTS();
 
-    // The tests change the keyboard layout and lock state of the server they
-    // run on, so they refuse any display but the one the wrapper started.
     const QByteArray display = qgetenv("DISPLAY");
-    if (!GTEST_FLAG_GET(list_tests) && (display.isEmpty() || display != qgetenv("ZETTLY_XVFB_DISPLAY"))) {
+    if (display.isEmpty() || display != qgetenv("ZETTLY_XVFB_DISPLAY")) {
         std::fprintf(stderr, "Run these tests through tests/x11/with-xvfb.sh, not on a desktop's display\n");
         return 1;
     }
+    QApplication app(argc, argv);
     return RUN_ALL_TESTS();
 }
