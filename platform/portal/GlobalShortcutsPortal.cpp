@@ -101,14 +101,16 @@ void GlobalShortcutsPortal::createSession()
 
 void GlobalShortcutsPortal::bindShortcut()
 {
-    setState(State::Binding);
     QVariantMap properties { { QStringLiteral("description"), QStringLiteral("Ouvrir Zettly") } };
+    m_sentTrigger = m_trigger;
     if (!m_trigger.isEmpty())
         properties.insert(QStringLiteral("preferred_trigger"), m_trigger);
     const QList<PortalShortcut> shortcuts { { QString::fromLatin1(shortcutId), properties } };
     callWithRequest(QStringLiteral("BindShortcuts"),
         { QVariant::fromValue(QDBusObjectPath(m_session)), QVariant::fromValue(shortcuts), QString() }, {},
         Step::BindingShortcut);
+    // Last: whoever hears of it may ask for new keys at once.
+    setState(State::Binding);
 }
 
 void GlobalShortcutsPortal::callWithRequest(
@@ -170,7 +172,11 @@ void GlobalShortcutsPortal::onResponse(uint response, const QVariantMap &results
             SLOT(onActivated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
         bindShortcut();
     } else if (step == Step::BindingShortcut) {
-        setState(State::Bound);
+        // The settings changed while the desktop was asking.
+        if (m_trigger != m_sentTrigger)
+            bindShortcut();
+        else
+            setState(State::Bound);
     }
 }
 

@@ -64,6 +64,7 @@ private:
 
     QDBusConnection m_bus;
     QString m_trigger;
+    QString m_sentTrigger;
     QString m_session;
     QString m_request;
     Step m_step = Step::None;
