@@ -163,7 +163,7 @@ void GlobalShortcutsPortal::onResponse(uint response, const QVariantMap &results
         // some backends.
         const QVariant handle = results.value(QStringLiteral("session_handle"));
         m_session = handle.metaType() == QMetaType::fromType<QDBusObjectPath>() ? handle.value<QDBusObjectPath>().path()
-                                                                                 : handle.toString();
+                                                                                : handle.toString();
         if (m_session.isEmpty()) {
             setState(State::Refused);
             return;

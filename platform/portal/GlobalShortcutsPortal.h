@@ -48,8 +48,8 @@ Q_SIGNALS:
 
 private Q_SLOTS:
     void onResponse(uint response, const QVariantMap &results);
-    void onActivated(const QDBusObjectPath &session, const QString &shortcut, qulonglong timestamp,
-        const QVariantMap &options);
+    void onActivated(
+        const QDBusObjectPath &session, const QString &shortcut, qulonglong timestamp, const QVariantMap &options);
 
 private:
     enum class Step { None, CreatingSession, BindingShortcut };

@@ -82,8 +82,8 @@ private:
     // Answers with the Request object's path, then that object's Response.
     void respond(const QDBusMessage &call, const QVariantMap &options, const QVariantMap &results)
     {
-        const QString request = desktopPath() + QStringLiteral("/request/")
-            + call.service().mid(1).replace(u'.', u'_') + u'/' + options.value(QStringLiteral("handle_token")).toString();
+        const QString request = desktopPath() + QStringLiteral("/request/") + call.service().mid(1).replace(u'.', u'_')
+            + u'/' + options.value(QStringLiteral("handle_token")).toString();
         m_bus.send(call.createReply(QVariant::fromValue(QDBusObjectPath(request))));
         QDBusMessage response = QDBusMessage::createSignal(
             request, QStringLiteral("org.freedesktop.portal.Request"), QStringLiteral("Response"));

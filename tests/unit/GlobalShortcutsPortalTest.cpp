@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "FakeShortcutsPortal.h"
 #include "GlobalShortcutsPortal.h"
+#include "FakeShortcutsPortal.h"
 
 #include <QSignalSpy>
 #include <QTest>

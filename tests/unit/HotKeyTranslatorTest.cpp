@@ -64,7 +64,8 @@ TEST(HotKeyTranslatorTest, CarbonModifiersKeepsOnlyTheFourModifiers)
 // lower case, nothing for a key that has neither.
 TEST(HotKeyTranslatorTest, ShortcutStringNamesKeysymsAfterModifiers)
 {
-    const FixedKeyLayout layout({ { 9, QStringLiteral("V") }, { 18, QStringLiteral("&") }, { 0, QStringLiteral("é") } });
+    const FixedKeyLayout layout(
+        { { 9, QStringLiteral("V") }, { 18, QStringLiteral("&") }, { 0, QStringLiteral("é") } });
     const struct {
         quint32 keyCode;
         quint32 modifiers;
