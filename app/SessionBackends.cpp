@@ -10,5 +10,5 @@ SessionBackends openX11Backends()
     // Without XTest the keystroke sends nothing, quietly: the entry stays on
     // the clipboard for the user to paste.
     return { std::make_unique<X11Pasteboard>(), std::make_unique<X11Workspace>(), std::make_unique<X11Workspace>(),
-        std::make_unique<X11PasteKeystroke>() };
+        std::make_unique<X11PasteKeystroke>(), nullptr };
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "DesktopWindows.h"
+#include "GlobalShortcutsPortal.h"
 #include "Pasteboard.h"
 #include "PasteKeystroke.h"
 #include "Workspace.h"
@@ -19,6 +20,9 @@ struct SessionBackends {
     // Lent the workspace: made after it, so ended before it.
     std::unique_ptr<DesktopWindows> desktopWindows;
     std::unique_ptr<PasteKeystroke> pasteKeystroke;
+    // Where no key grab reaches native windows (Wayland): the desktop's
+    // shortcut portal, not yet started. Null on X11.
+    std::unique_ptr<GlobalShortcutsPortal> shortcutsPortal;
 };
 
 // Needs the QGuiApplication.

@@ -40,5 +40,6 @@ SessionBackends openSessionBackends()
         backends.pasteKeystroke = std::move(keystroke);
     else
         backends.pasteKeystroke = std::make_unique<X11PasteKeystroke>();
+    backends.shortcutsPortal = std::make_unique<GlobalShortcutsPortal>();
     return backends;
 }

@@ -4,6 +4,7 @@
 #include "AppCore.h"
 #include "AppSettings.h"
 #include "HistoryFolder.h"
+#include "HotKeyTranslator.h"
 #include "PanelController.h"
 #include "Pasteboard.h"
 #include "SettingsWindow.h"
@@ -47,10 +48,34 @@ bool ZettlyAppDelegate::applicationDidFinishLaunching()
     m_windowActivation = std::make_unique<WorkspaceWindowActivation>(*m_backends.desktopWindows);
     SettingsWindow::shared().setKeyLayout(m_keyLayout.get());
     SettingsWindow::shared().setWindowActivation(m_windowActivation.get());
+    startShortcutsPortal();
     // Decoding the history file peaks at several times its size; give what
     // the allocator kept back to the system, as Zettly then idles for hours.
     malloc_trim(0);
     return true;
+}
+
+void ZettlyAppDelegate::startShortcutsPortal()
+{
+    GlobalShortcutsPortal *portal = m_backends.shortcutsPortal.get();
+    if (!portal)
+        return;
+    // Until the desktop holds it, the user binds the command.
+    SettingsWindow::shared().setShortcutRoute(ShortcutTab::Route::DesktopCommand);
+    const auto trigger = [this] {
+        const HotKeyConfig shortcut = AppSettings::shared().hotkey();
+        return HotKeyTranslator::shortcutString(shortcut.keyCode, shortcut.modifiers, m_keyLayout.get())
+            .value_or(QString());
+    };
+    QObject::connect(portal, &GlobalShortcutsPortal::activated, m_core.get(), &AppCore::togglePanelAction);
+    QObject::connect(portal, &GlobalShortcutsPortal::stateChanged, portal, [](GlobalShortcutsPortal::State state) {
+        SettingsWindow::shared().setShortcutRoute(state == GlobalShortcutsPortal::State::Bound
+                ? ShortcutTab::Route::Portal
+                : ShortcutTab::Route::DesktopCommand);
+    });
+    QObject::connect(&AppSettings::shared(), &AppSettings::hotkeyChanged, portal,
+        [portal, trigger] { portal->setPreferredTrigger(trigger()); });
+    portal->start(trigger());
 }
 
 void ZettlyAppDelegate::onCommandReceived(InstanceChannel::Command command)

@@ -26,6 +26,9 @@ public:
 
 private:
     void onCommandReceived(InstanceChannel::Command command);
+    // The settings' shortcut registered with the desktop's portal as well,
+    // where the session has one.
+    void startShortcutsPortal();
 
     InstanceLock m_instanceLock;
     InstanceChannel m_channel;

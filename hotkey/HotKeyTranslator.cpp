@@ -6,6 +6,44 @@
 
 namespace HotKeyTranslator {
 
+namespace {
+
+// Keysym names of the keys that type no plain letter or digit, by position.
+QString keysymName(quint32 keyCode)
+{
+    switch (keyCode) {
+    case 36:
+        return QStringLiteral("Return");
+    case 48:
+        return QStringLiteral("Tab");
+    case 49:
+        return QStringLiteral("space");
+    case 51:
+        return QStringLiteral("BackSpace");
+    case 53:
+        return QStringLiteral("Escape");
+    case 123:
+        return QStringLiteral("Left");
+    case 124:
+        return QStringLiteral("Right");
+    case 125:
+        return QStringLiteral("Down");
+    case 126:
+        return QStringLiteral("Up");
+    default:
+        break;
+    }
+    // F1 to F12, which macOS numbers in no order.
+    constexpr quint32 functionKeys[] = { 0x7A, 0x78, 0x63, 0x76, 0x60, 0x61, 0x62, 0x64, 0x65, 0x6D, 0x67, 0x6F };
+    for (int i = 0; i < 12; ++i) {
+        if (functionKeys[i] == keyCode)
+            return u'F' + QString::number(i + 1);
+    }
+    return {};
+}
+
+} // namespace
+
 quint32 carbonModifiers(Qt::KeyboardModifiers modifiers)
 {
     quint32 mask = 0;
@@ -65,6 +103,31 @@ QString keyName(quint32 keyCode, const KeyLayout *layout)
             return character->toUpper();
     }
     return QStringLiteral("key(") + QString::number(keyCode) + u')';
+}
+
+std::optional<QString> shortcutString(quint32 keyCode, quint32 modifiers, const KeyLayout *layout)
+{
+    QString key = keysymName(keyCode);
+    if (key.isEmpty() && layout) {
+        // A letter's or digit's keysym name is the character itself.
+        if (const auto character = layout->character(keyCode); character && character->size() == 1) {
+            const QChar c = character->at(0).toLower();
+            if ((c >= u'a' && c <= u'z') || (c >= u'0' && c <= u'9'))
+                key = c;
+        }
+    }
+    if (key.isEmpty())
+        return std::nullopt;
+    QString text;
+    if (modifiers & HotKeyConfig::Control)
+        text += QStringLiteral("CTRL+");
+    if (modifiers & HotKeyConfig::Option)
+        text += QStringLiteral("ALT+");
+    if (modifiers & HotKeyConfig::Shift)
+        text += QStringLiteral("SHIFT+");
+    if (modifiers & HotKeyConfig::Command)
+        text += QStringLiteral("LOGO+");
+    return text + key;
 }
 
 } // namespace HotKeyTranslator

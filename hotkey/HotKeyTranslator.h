@@ -4,6 +4,8 @@
 #include <QString>
 #include <Qt>
 
+#include <optional>
+
 class KeyLayout;
 
 // Turns shortcuts into the compact glyph text the user sees ("⌃⌘V") and
@@ -22,5 +24,10 @@ QString displayString(quint32 keyCode, quint32 modifiers, const KeyLayout *layou
 // otherwise the upper-cased character the layout gives the key; otherwise
 // "key(<code>)". A null layout means no layout data is available.
 QString keyName(quint32 keyCode, const KeyLayout *layout);
+
+// The shortcut as desktops' shortcut strings write it ("CTRL+LOGO+v"):
+// modifiers, then the key's keysym name. No value when the key has no name
+// here: the desktop then asks the user for one.
+std::optional<QString> shortcutString(quint32 keyCode, quint32 modifiers, const KeyLayout *layout);
 
 } // namespace HotKeyTranslator

@@ -40,6 +40,13 @@ void SettingsWindow::setKeyLayout(const KeyLayout *layout)
         m_window->shortcutTab()->setKeyLayout(layout);
 }
 
+void SettingsWindow::setShortcutRoute(ShortcutTab::Route route)
+{
+    m_route = route;
+    if (m_window)
+        m_window->shortcutTab()->setRoute(route);
+}
+
 void SettingsWindow::setWindowActivation(WindowActivation *activation)
 {
     m_activation = activation;
@@ -51,6 +58,7 @@ void SettingsWindow::show()
         return;
     if (!m_window) {
         m_window = new SettingsView(*m_settings, *m_store, m_keystroke, m_layout);
+        m_window->shortcutTab()->setRoute(m_route);
         QObject::connect(m_window->aboutTab(), &AboutTab::updateCheckRequested, m_window,
             [] { UpdaterController::shared().checkForUpdates(); });
         // Gone with its store, when a test's core goes.

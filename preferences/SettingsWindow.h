@@ -2,6 +2,7 @@
 #pragma once
 
 #include "SettingsView.h"
+#include "ShortcutTab.h"
 
 #include <QPointer>
 
@@ -25,6 +26,8 @@ public:
     void setPasteKeystroke(const PasteKeystroke *keystroke);
     // Names the shortcut's key; without one keys show by number.
     void setKeyLayout(const KeyLayout *layout);
+    // What the Shortcut tab says makes the shortcut work.
+    void setShortcutRoute(ShortcutTab::Route route);
     // Without one, the window only asks to be raised, which a window
     // manager may refuse while another application is active.
     void setWindowActivation(WindowActivation *activation);
@@ -40,6 +43,7 @@ private:
     QPointer<ClipboardStore> m_store;
     const PasteKeystroke *m_keystroke = nullptr;
     const KeyLayout *m_layout = nullptr;
+    ShortcutTab::Route m_route = ShortcutTab::Route::KeyGrab;
     WindowActivation *m_activation = nullptr;
     QPointer<SettingsView> m_window;
 };

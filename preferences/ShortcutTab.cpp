@@ -26,6 +26,7 @@ ShortcutTab::ShortcutTab(AppSettings &settings, const KeyLayout *layout, QWidget
     , m_shortcut(new QLabel)
     , m_recordButton(new QPushButton)
     , m_resetButton(new QPushButton(QStringLiteral("Réinitialiser (⌃⌘V)")))
+    , m_route(new QLabel)
 {
     auto *layoutBox = new QVBoxLayout(this);
     layoutBox->setSpacing(14);
@@ -61,6 +62,11 @@ ShortcutTab::ShortcutTab(AppSettings &settings, const KeyLayout *layout, QWidget
     buttons->addWidget(m_resetButton);
     buttons->addStretch();
     layoutBox->addLayout(buttons);
+    PreferenceStyle::makeSecondary(m_route);
+    m_route->setWordWrap(true);
+    m_route->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_route->hide();
+    layoutBox->addWidget(m_route);
     layoutBox->addStretch();
 
     connect(m_recordButton, &QPushButton::clicked, this, [this] {
@@ -91,6 +97,24 @@ void ShortcutTab::setKeyLayout(const KeyLayout *layout)
 {
     m_layout = layout;
     showShortcut();
+}
+
+void ShortcutTab::setRoute(Route route)
+{
+    switch (route) {
+    case Route::KeyGrab:
+        m_route->clear();
+        break;
+    case Route::DesktopCommand:
+        m_route->setText(QStringLiteral("Sous Wayland, associez «\u00a0zettly --toggle\u00a0» à un raccourci dans les "
+                                        "réglages de votre bureau."));
+        break;
+    case Route::Portal:
+        m_route->setText(QStringLiteral("Raccourci enregistré auprès du bureau (portail GlobalShortcuts)\u202f; "
+                                        "il se modifie aussi dans ses réglages."));
+        break;
+    }
+    m_route->setVisible(route != Route::KeyGrab);
 }
 
 void ShortcutTab::showEvent(QShowEvent *event)

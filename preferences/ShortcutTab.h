@@ -17,16 +17,28 @@ class ShortcutTab : public QWidget {
     Q_OBJECT
 
 public:
+    // What makes the shortcut work in this session.
+    enum class Route {
+        // Our own key grab: nothing to say.
+        KeyGrab,
+        // The user binds `zettly --toggle` in the desktop's settings.
+        DesktopCommand,
+        // The desktop holds the shortcut, through its portal.
+        Portal,
+    };
+
     // A null layout shows keys outside the fixed names as "key(<code>)".
     ShortcutTab(AppSettings &settings, const KeyLayout *layout, QWidget *parent = nullptr);
     ~ShortcutTab() override;
 
     void setKeyLayout(const KeyLayout *layout);
+    void setRoute(Route route);
 
     bool isRecording() const { return m_recorder.isRecording(); }
     QLabel *shortcutText() const { return m_shortcut; }
     QPushButton *recordButton() const { return m_recordButton; }
     QPushButton *resetButton() const { return m_resetButton; }
+    QLabel *routeText() const { return m_route; }
 
 protected:
     void showEvent(QShowEvent *event) override;
@@ -42,4 +54,5 @@ private:
     QLabel *m_shortcut;
     QPushButton *m_recordButton;
     QPushButton *m_resetButton;
+    QLabel *m_route;
 };

@@ -34,6 +34,8 @@ test_packages=(
     sway xwayland wl-clipboard foot wtype
     # the accessibility bus, read as a screen reader does
     python3-pyatspi at-spi2-core dbus-x11
+    # the portal test's private session bus (dbus-run-session)
+    dbus-daemon
     # packaging test
     desktop-file-utils
 )

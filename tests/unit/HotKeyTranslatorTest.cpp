@@ -60,6 +60,33 @@ TEST(HotKeyTranslatorTest, CarbonModifiersKeepsOnlyTheFourModifiers)
     EXPECT_EQ(carbonModifiers(Qt::AltModifier | Qt::GroupSwitchModifier), 2048u);
 }
 
+// Keysym names: fixed ones by position, a letter or digit from the layout in
+// lower case, nothing for a key that has neither.
+TEST(HotKeyTranslatorTest, ShortcutStringNamesKeysymsAfterModifiers)
+{
+    const FixedKeyLayout layout(
+        { { 9, QStringLiteral("V") }, { 18, QStringLiteral("&") }, { 0, QStringLiteral("é") } });
+    const struct {
+        quint32 keyCode;
+        quint32 modifiers;
+        const char *expected;
+    } cases[] = {
+        { 9, 4352, "CTRL+LOGO+v" },
+        { 9, 0xFFFFFFFF, "CTRL+ALT+SHIFT+LOGO+v" },
+        { 36, 512, "SHIFT+Return" },
+        { 0x7A, 0, "F1" },
+        { 0x6F, 2048, "ALT+F12" },
+        { 18, 4352, nullptr },
+        { 0, 4352, nullptr },
+        { 200, 4352, nullptr },
+    };
+    for (const auto &c : cases) {
+        const std::optional<QString> text = HotKeyTranslator::shortcutString(c.keyCode, c.modifiers, &layout);
+        EXPECT_EQ(text, c.expected ? std::optional(QString::fromUtf8(c.expected)) : std::nullopt) << c.keyCode;
+    }
+    EXPECT_EQ(HotKeyTranslator::shortcutString(9, 4352, nullptr), std::nullopt);
+}
+
 TEST(HotKeyConfigTest, JsonIsExactAndStrict)
 {
     EXPECT_EQ(HotKeyConfig::defaultShortcut().toJson(), QByteArray(R"({"keyCode":9,"modifiers":4352})"));

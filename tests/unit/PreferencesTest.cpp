@@ -276,3 +276,26 @@ TEST(AboutTab, VersionTextStandsInForMissingValues)
         EXPECT_EQ(about.versionLabel()->text(), row.expected);
     }
 }
+
+// The line saying what makes the shortcut work follows each change of route.
+TEST_F(PreferencesTest, ShortcutTabSaysWhichRouteApplies)
+{
+    view.show();
+    ShortcutTab &tab = *view.shortcutTab();
+    showTab(1);
+    const struct {
+        ShortcutTab::Route route;
+        const char *part;
+    } rows[] = {
+        { ShortcutTab::Route::Portal, "(portail GlobalShortcuts)" },
+        { ShortcutTab::Route::KeyGrab, nullptr },
+        { ShortcutTab::Route::DesktopCommand, "associez «\u00a0zettly --toggle\u00a0» à un raccourci" },
+        { ShortcutTab::Route::KeyGrab, nullptr },
+    };
+    for (const auto &row : rows) {
+        tab.setRoute(row.route);
+        EXPECT_EQ(tab.routeText()->isVisible(), row.part != nullptr) << int(row.route);
+        if (row.part)
+            EXPECT_TRUE(tab.routeText()->text().contains(QString::fromUtf8(row.part))) << int(row.route);
+    }
+}
