@@ -103,6 +103,7 @@ struct X11SelectionReader::Worker {
     void post(std::optional<qint64> serial, ReadScope scope = ReadScope::Everything);
     void run();
 
+    bool isStopping();
     bool isAbandoned();
     void drainWake();
     void idle();
@@ -265,6 +266,12 @@ void X11SelectionReader::Worker::run()
     }
 }
 
+bool X11SelectionReader::Worker::isStopping()
+{
+    std::lock_guard lock(m_mutex);
+    return m_stopping;
+}
+
 bool X11SelectionReader::Worker::isAbandoned()
 {
     std::lock_guard lock(m_mutex);
@@ -283,7 +290,9 @@ void X11SelectionReader::Worker::idle()
     // Events now are late answers to abandoned reads: of no use.
     Wait wait;
     while ((wait = waitForEvent(Clock::time_point::max(), event)) == Wait::Event) { }
-    if (wait == Wait::Broken) {
+    // A broken connection has nothing more to say: sleep until woken, unless
+    // the wake that asks us to stop was already taken while waiting.
+    if (wait == Wait::Broken && !isStopping()) {
         pollfd wake = { m_wakeFd, POLLIN, 0 };
         while (poll(&wake, 1, -1) < 0 && errno == EINTR) { }
         drainWake();
