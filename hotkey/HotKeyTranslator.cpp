@@ -8,31 +8,40 @@ namespace HotKeyTranslator {
 
 namespace {
 
+// The keys that type no plain letter or digit, by position: the glyph the
+// interface shows, and the keysym name a desktop's shortcut string uses.
+struct NamedKey {
+    quint32 code;
+    QStringView glyph;
+    QStringView keysym;
+};
+
+constexpr NamedKey namedKeys[] = {
+    { 36, u"↩", u"Return" },
+    { 48, u"⇥", u"Tab" },
+    { 49, u"Space", u"space" },
+    { 51, u"⌫", u"BackSpace" },
+    { 53, u"⎋", u"Escape" },
+    { 123, u"←", u"Left" },
+    { 124, u"→", u"Right" },
+    { 125, u"↓", u"Down" },
+    { 126, u"↑", u"Up" },
+};
+
+const NamedKey *namedKey(quint32 keyCode)
+{
+    for (const NamedKey &key : namedKeys) {
+        if (key.code == keyCode)
+            return &key;
+    }
+    return nullptr;
+}
+
 // Keysym names of the keys that type no plain letter or digit, by position.
 QString keysymName(quint32 keyCode)
 {
-    switch (keyCode) {
-    case 36:
-        return QStringLiteral("Return");
-    case 48:
-        return QStringLiteral("Tab");
-    case 49:
-        return QStringLiteral("space");
-    case 51:
-        return QStringLiteral("BackSpace");
-    case 53:
-        return QStringLiteral("Escape");
-    case 123:
-        return QStringLiteral("Left");
-    case 124:
-        return QStringLiteral("Right");
-    case 125:
-        return QStringLiteral("Down");
-    case 126:
-        return QStringLiteral("Up");
-    default:
-        break;
-    }
+    if (const NamedKey *key = namedKey(keyCode))
+        return key->keysym.toString();
     // F1 to F12, which macOS numbers in no order.
     constexpr quint32 functionKeys[] = { 0x7A, 0x78, 0x63, 0x76, 0x60, 0x61, 0x62, 0x64, 0x65, 0x6D, 0x67, 0x6F };
     for (int i = 0; i < 12; ++i) {
@@ -74,28 +83,8 @@ QString displayString(quint32 keyCode, quint32 modifiers, const KeyLayout *layou
 
 QString keyName(quint32 keyCode, const KeyLayout *layout)
 {
-    switch (keyCode) {
-    case 36:
-        return QStringLiteral("↩");
-    case 48:
-        return QStringLiteral("⇥");
-    case 49:
-        return QStringLiteral("Space");
-    case 51:
-        return QStringLiteral("⌫");
-    case 53:
-        return QStringLiteral("⎋");
-    case 123:
-        return QStringLiteral("←");
-    case 124:
-        return QStringLiteral("→");
-    case 125:
-        return QStringLiteral("↓");
-    case 126:
-        return QStringLiteral("↑");
-    default:
-        break;
-    }
+    if (const NamedKey *key = namedKey(keyCode))
+        return key->glyph.toString();
     if (layout) {
         // QString::toUpper applies the full, locale-independent case mapping
         // ("ß" becomes "SS").
