@@ -47,7 +47,8 @@ PanelController::PanelController(
     : QObject(parent)
     , m_workspace(workspace)
     , m_desktopWindows(desktopWindows)
-    , m_panel(std::make_unique<ClipPanel>(rootView, desktopWindows.takesUnmanagedPanels()))
+    , m_unmanaged(desktopWindows.takesUnmanagedPanels())
+    , m_panel(std::make_unique<ClipPanel>(rootView, m_unmanaged))
     , m_fadeIn(new QPropertyAnimation(m_panel.get(), "windowOpacity", this))
     , m_fadeOut(new QPropertyAnimation(m_panel.get(), "windowOpacity", this))
     , m_focusCheck(new QTimer(this))
@@ -112,7 +113,8 @@ void PanelController::showNearCursor()
     // A panel still on the screen starts over where it is mapped: unmapped
     // and mapped again at once, it would meet the window manager's late
     // withdrawal, which strips the hints set for the new mapping.
-    if (!m_panel->isVisible())
+    // An unmanaged panel has no window manager to read the hints.
+    if (!m_panel->isVisible() && !m_unmanaged)
         m_desktopWindows.prepareFloatingPanel(m_panel->winId());
     m_panel->show();
     m_panel->raise();

@@ -65,6 +65,7 @@ private:
     Workspace &m_workspace;
     DesktopWindows &m_desktopWindows;
     ClickMonitor *m_clickMonitor = nullptr;
+    const bool m_unmanaged;
     std::unique_ptr<ClipPanel> m_panel;
     QPropertyAnimation *m_fadeIn;
     QPropertyAnimation *m_fadeOut;

@@ -4,11 +4,14 @@
 #include "X11Display.h"
 #include "XcbReply.h"
 
+#include <QGuiApplication>
 #include <QList>
+#include <QScreen>
 #include <QString>
 
 #include <xcb/xcb.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <limits>
@@ -70,6 +73,12 @@ X11Workspace::X11Workspace(xcb_connection_t *connection)
     const xcb_screen_iterator_t screen = xcb_setup_roots_iterator(xcb_get_setup(m_connection));
     if (!screen.rem)
         return;
+
+    // XWayland names its outputs XWAYLAND0, XWAYLAND1...; the extension of
+    // that name comes only with later versions.
+    const QList<QScreen *> screens = QGuiApplication::screens();
+    m_xwayland = std::any_of(screens.cbegin(), screens.cend(),
+        [](const QScreen *screen) { return screen->name().startsWith(QLatin1StringView("XWAYLAND")); });
 
     // The compositor selection is per screen; like the rest of this class,
     // it takes the first screen as the one.

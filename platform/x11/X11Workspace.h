@@ -25,7 +25,8 @@ public:
     void activate(const RunningApp &app) override;
     // A compositing manager owns _NET_WM_CM_S0.
     bool hasCompositor() const override;
-    bool takesUnmanagedPanels() const override { return true; }
+    // Not on XWayland, whatever backends the session has otherwise.
+    bool takesUnmanagedPanels() const override { return !m_xwayland; }
     // _NET_WM_DESKTOP on all desktops, and _NET_WM_STATE sticky, skip
     // taskbar and skip pager added to what the window has.
     void prepareFloatingPanel(quint64 windowId) override;
@@ -48,6 +49,7 @@ private:
     quint32 m_gtkApplicationId = 0;
     quint32 m_kdeDesktopFile = 0;
     quint32 m_compositorSelection = 0;
+    bool m_xwayland = false;
     quint32 m_netWmDesktop = 0;
     quint32 m_netWmState = 0;
     quint32 m_netWmStateSticky = 0;
