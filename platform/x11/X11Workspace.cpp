@@ -132,7 +132,7 @@ void X11Workspace::activate(const RunningApp &app)
 
     // A window the manager does not manage (override-redirect) is ours to
     // focus: the manager would ignore the request.
-    if (hasEwmhManager() && !attributes->override_redirect) {
+    if (!attributes->override_redirect && hasEwmhManager()) {
         xcb_client_message_event_t event {};
         event.response_type = XCB_CLIENT_MESSAGE;
         event.format = 32;
