@@ -49,11 +49,12 @@ export DISPLAY=":$number" ZETTLY_XVFB_DISPLAY=":$number" XDG_SESSION_TYPE=x11
 unset WAYLAND_DISPLAY
 
 if $withWm; then
-    "${guard[@]}" openbox --sm-disable </dev/null >"$work/wm.log" 2>&1 &
+    # openbox runs its startup command once it manages the screen: a window
+    # mapped before that counts as already there, and is not focused.
+    "${guard[@]}" openbox --sm-disable --startup "touch $work/wm.ready" </dev/null >"$work/wm.log" 2>&1 &
     pids+=($!)
-    # An EWMH window manager announces itself on this root property.
     for ((tries = 0; ; tries++)); do
-        xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id' && break
+        [ -e "$work/wm.ready" ] && break
         if ((tries == 300)); then
             echo "${0##*/}: openbox did not start" >&2
             cat "$work/wm.log" >&2
