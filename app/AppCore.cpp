@@ -46,14 +46,16 @@ void AppCore::start()
     sharedCore = this;
     auto *picker = new ContentView(m_store, m_settings);
     m_panelController = std::make_unique<PanelController>(picker, m_platform.workspace, m_platform.desktopWindows);
-    m_panelController->setClickMonitor(&m_platform.clickMonitor);
+    if (m_platform.clickMonitor)
+        m_panelController->setClickMonitor(m_platform.clickMonitor);
     m_watcher = std::make_unique<ClipboardWatcher>(m_platform.pasteboard, m_platform.workspace, m_store, m_settings);
     m_watcher->start();
     picker->setPanelController(m_panelController.get());
     picker->setDesktopWindows(&m_platform.desktopWindows);
     picker->setPasteKeystroke(&m_platform.pasteKeystroke);
     picker->setWatcher(m_watcher.get());
-    m_hotkey = std::make_unique<GlobalHotKey>(m_platform.keyGrabber);
+    if (m_platform.keyGrabber)
+        m_hotkey = std::make_unique<GlobalHotKey>(*m_platform.keyGrabber);
     applyHotkey();
     connect(&m_settings, &AppSettings::hotkeyChanged, this, &AppCore::applyHotkey);
     m_updater.startAutomaticChecks();

@@ -1,16 +1,32 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "SessionBackends.h"
 
+#include "WaylandDesktopWindows.h"
 #include "WaylandPasteboard.h"
 #include "WaylandPasteKeystroke.h"
+#include "WaylandSessionProbe.h"
 #include "WaylandWorkspace.h"
+#include "X11ClickMonitor.h"
+#include "X11KeyGrabber.h"
 #include "X11PasteKeystroke.h"
 #include "X11Workspace.h"
 #include "XWaylandDesktopWindows.h"
 
-#include <QCoreApplication>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QLibraryInfo>
 
 #include <cstdio>
+
+QByteArray sessionQtPlatform()
+{
+    // Qt's Wayland platform is a package of its own (qt6-wayland): without
+    // it our windows stay on XWayland.
+    const bool qtHasWayland
+        = QFileInfo::exists(QLibraryInfo::path(QLibraryInfo::PluginsPath) + u"/platforms/libqwayland-generic.so");
+    return qtHasWayland && WaylandSessionProbe::hostsNativeWindows() ? QByteArrayLiteral("wayland")
+                                                                     : QByteArrayLiteral("xcb");
+}
 
 SessionBackends openSessionBackends()
 {
@@ -24,11 +40,15 @@ SessionBackends openSessionBackends()
     }
     SessionBackends backends;
     backends.pasteboard = std::move(pasteboard);
-    // Our windows are XWayland's, and carry Qt's WM_CLASS class, the
-    // application name, as their app_id.
+    const bool nativeWindows = QGuiApplication::platformName() == u"wayland";
+    // Native, our windows carry the desktop file name as their app_id; on
+    // XWayland, Qt's WM_CLASS class, the application name.
     if (std::unique_ptr<WaylandWorkspace> workspace
-        = WaylandWorkspace::open({ Workspace::ownIdentifier, QCoreApplication::applicationName() })) {
-        backends.desktopWindows = std::make_unique<XWaylandDesktopWindows>(*workspace);
+        = WaylandWorkspace::open({ Workspace::ownIdentifier, QGuiApplication::applicationName() })) {
+        if (nativeWindows)
+            backends.desktopWindows = std::make_unique<WaylandDesktopWindows>(*workspace);
+        else
+            backends.desktopWindows = std::make_unique<XWaylandDesktopWindows>(*workspace);
         backends.workspace = std::move(workspace);
     } else {
         backends.workspace = std::make_unique<X11Workspace>();
@@ -40,6 +60,12 @@ SessionBackends openSessionBackends()
         backends.pasteKeystroke = std::move(keystroke);
     else
         backends.pasteKeystroke = std::make_unique<X11PasteKeystroke>();
+    // X11 grabs keys and sees clicks only over X11 windows, and not at all
+    // once ours are native.
+    if (!nativeWindows) {
+        backends.keyGrabber = std::make_unique<X11KeyGrabber>();
+        backends.clickMonitor = std::make_unique<X11ClickMonitor>();
+    }
     backends.shortcutsPortal = std::make_unique<GlobalShortcutsPortal>();
     return backends;
 }

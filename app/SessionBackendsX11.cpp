@@ -2,6 +2,11 @@
 #include "SessionBackends.h"
 
 // Built without Wayland: X11's, also under XWayland.
+QByteArray sessionQtPlatform()
+{
+    return QByteArrayLiteral("xcb");
+}
+
 SessionBackends openSessionBackends()
 {
     return openX11Backends();

@@ -10,8 +10,6 @@
 #include "SettingsWindow.h"
 #include "UpdaterController.h"
 #include "WorkspaceWindowActivation.h"
-#include "X11ClickMonitor.h"
-#include "X11KeyGrabber.h"
 #include "XkbKeyLayout.h"
 
 #include <malloc.h>
@@ -34,11 +32,9 @@ bool ZettlyAppDelegate::applicationDidFinishLaunching()
     if (!m_instanceLock.tryLock())
         return false;
     m_backends = openSessionBackends();
-    m_keyGrabber = std::make_unique<X11KeyGrabber>();
-    m_clickMonitor = std::make_unique<X11ClickMonitor>();
     m_core = std::make_unique<AppCore>(AppSettings::shared(), HistoryFolder::standardPath(),
-        PlatformServices { *m_backends.pasteboard, *m_backends.workspace, *m_keyGrabber, *m_clickMonitor,
-            *m_backends.desktopWindows, *m_backends.pasteKeystroke },
+        PlatformServices { *m_backends.pasteboard, *m_backends.workspace, m_backends.keyGrabber.get(),
+            m_backends.clickMonitor.get(), *m_backends.desktopWindows, *m_backends.pasteKeystroke },
         UpdaterController::shared());
     m_core->start();
     QObject::connect(&m_channel, &InstanceChannel::commandReceived, &m_channel,

@@ -8,13 +8,10 @@
 #include <memory>
 
 class AppCore;
-class X11ClickMonitor;
-class X11KeyGrabber;
 class WorkspaceWindowActivation;
 class XkbKeyLayout;
 
-// Starts the app as one instance per user session: the clipboard, the window
-// in front and the paste keys of the session, the rest on X11.
+// Starts the app as one instance per user session, on the session's backends.
 class ZettlyAppDelegate {
 public:
     ZettlyAppDelegate();
@@ -33,8 +30,6 @@ private:
     InstanceLock m_instanceLock;
     InstanceChannel m_channel;
     SessionBackends m_backends;
-    std::unique_ptr<X11KeyGrabber> m_keyGrabber;
-    std::unique_ptr<X11ClickMonitor> m_clickMonitor;
     std::unique_ptr<XkbKeyLayout> m_keyLayout;
     std::unique_ptr<WorkspaceWindowActivation> m_windowActivation;
     std::unique_ptr<AppCore> m_core;

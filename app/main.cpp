@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "InstanceChannel.h"
+#include "SessionBackends.h"
 #include "TerminationSignals.h"
 #include "Workspace.h"
 #include "X11Display.h"
@@ -98,11 +99,12 @@ int main(int argc, char *argv[])
     if (const std::optional<int> exitCode = runCommandLine(argc, argv))
         return *exitCode;
 
-    // The shortcut and our windows are reached through X11, also under
-    // XWayland: only the clipboard, the window in front and the paste keys
-    // have Wayland backends so far.
-    qputenv("QT_QPA_PLATFORM", "xcb");
-    if (!X11Display::isReachable()) {
+    // Chosen here, not by the user's QT_QPA_PLATFORM: the backends are
+    // picked to match, and our windows are native only where the compositor
+    // also serves the clipboard and names the window in front.
+    const QByteArray platform = sessionQtPlatform();
+    qputenv("QT_QPA_PLATFORM", platform);
+    if (platform == "xcb" && !X11Display::isReachable()) {
         std::fputs("zettly : aucun affichage X11 accessible (DISPLAY n'est pas défini ou le serveur ne répond pas) ; "
                    "Zettly s'ouvre dans une session de bureau X11.\n",
             stderr);

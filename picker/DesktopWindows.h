@@ -17,6 +17,9 @@ public:
     virtual void activate(const RunningApp &app) = 0;
     // Whether a compositing manager runs, so that windows may be translucent.
     virtual bool hasCompositor() const = 0;
+    // Whether our windows can fade in and out. Wayland gives a client no
+    // say over a whole window's opacity.
+    virtual bool fadesWindows() const { return hasCompositor(); }
     // Whether a panel may bypass the window manager (override-redirect) and
     // take the focus itself: it then shows sooner, with nothing to manage
     // it. Not under XWayland, whose compositor gives such a window no keys.

@@ -107,9 +107,11 @@ void PanelController::showNearCursor()
     const QList<PanelPlacement::Screen> all = screens(primaryIndex);
     m_panel->move(PanelPlacement::topLeft(QCursor::pos(), all, primaryIndex));
 
-    const bool fade = m_desktopWindows.hasCompositor();
-    m_panel->setTranslucent(fade);
-    m_panel->setWindowOpacity(fade ? 0.0 : 1.0);
+    m_panel->setTranslucent(m_desktopWindows.hasCompositor());
+    const bool fade = m_desktopWindows.fadesWindows();
+    // Left alone where it cannot change: Qt would warn at each call.
+    if (fade || m_panel->windowOpacity() < 1.0)
+        m_panel->setWindowOpacity(fade ? 0.0 : 1.0);
     // A panel still on the screen starts over where it is mapped: unmapped
     // and mapped again at once, it would meet the window manager's late
     // withdrawal, which strips the hints set for the new mapping.
@@ -141,7 +143,7 @@ void PanelController::hide(HideReason reason)
     m_fadeIn->stop();
     const bool hadFocus = m_panel->isVisible() && QGuiApplication::focusWindow() == m_panel->windowHandle();
     if (m_panel->isVisible()) {
-        if (m_panel->isTranslucent()) {
+        if (m_desktopWindows.fadesWindows()) {
             if (m_fadeOut->state() != QAbstractAnimation::Running)
                 m_fadeOut->start();
         } else {

@@ -19,8 +19,8 @@ app_packages=(
     libgl-dev libx11-dev libx11-xcb-dev libxcb1-dev libxcb-xkb-dev libxcb-xtest0-dev libxcb-damage0-dev
     libxcb-xfixes0-dev libxcb-xinput-dev libxtst-dev libxkbcommon-dev libxkbcommon-x11-dev libicu-dev
     adwaita-icon-theme
-    # the Wayland clipboard (the wlr data-control protocol file comes with the Rust crate's package)
-    libwayland-dev librust-wayland-protocols-dev qt6-wayland
+    # Wayland (the wlr protocol files come with the Rust crate's package, KDE's with their own)
+    libwayland-dev librust-wayland-protocols-dev plasma-wayland-protocols qt6-wayland
 )
 test_packages=(
     git

@@ -130,9 +130,10 @@ TEST(WaylandApp, RecordsNativeCopiesWithoutFocus)
     EXPECT_TRUE(app.stop());
 }
 
-// Return in the picker pastes into the native window that was in front:
-// activated again through the compositor, then given Ctrl+V by the app's
-// virtual keyboard.
+// The picker, a native window, opens on the command, filters as the user
+// types, and Return pastes the chosen entry into the native window that was
+// in front: activated again through the compositor, then given Ctrl+V by the
+// app's virtual keyboard.
 TEST(WaylandApp, PastesIntoTheWindowThatWasInFront)
 {
     const auto workspace = WaylandWorkspace::open();
@@ -149,12 +150,23 @@ TEST(WaylandApp, PastesIntoTheWindowThatWasInFront)
     ASSERT_TRUE(waitForFront(QStringLiteral("org.zettly.test.target")));
     Zettly app;
     ASSERT_TRUE(app.waitUntilRecording());
+    for (const char *text : { "premier choix", "second choix" }) {
+        ASSERT_TRUE(WlClipboard::copy(text));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return app.newestText() == QString::fromUtf8(text); }, 5000));
+    }
 
     ASSERT_EQ(QProcess::execute(QStringLiteral(ZETTLY_APP_PATH), { QStringLiteral("--toggle") }), 0);
-    // The picker, an XWayland window, carries the application name as its
-    // app_id.
-    ASSERT_TRUE(waitForFront(QStringLiteral("Zettly")));
+    ASSERT_TRUE(waitForFront(Workspace::ownIdentifier));
+    // Even were its first letter lost, the filter matches one entry alone.
+    ASSERT_EQ(QProcess::execute(QStringLiteral("wtype"), { QStringLiteral("premier") }), 0);
     ASSERT_EQ(QProcess::execute(QStringLiteral("wtype"), { QStringLiteral("-k"), QStringLiteral("Return") }), 0);
     EXPECT_TRUE(target.waitForLine("Ctrl+V"));
     EXPECT_EQ(workspace->frontmostApp()->identifier, QStringLiteral("org.zettly.test.target"));
+    EXPECT_EQ(WlClipboard::paste(QStringLiteral("text/plain;charset=utf-8")), "premier choix");
+
+    // Escape hides it again without pasting; focus goes back to the target.
+    ASSERT_EQ(QProcess::execute(QStringLiteral(ZETTLY_APP_PATH), { QStringLiteral("--toggle") }), 0);
+    ASSERT_TRUE(waitForFront(Workspace::ownIdentifier));
+    ASSERT_EQ(QProcess::execute(QStringLiteral("wtype"), { QStringLiteral("-k"), QStringLiteral("Escape") }), 0);
+    EXPECT_TRUE(waitForFront(QStringLiteral("org.zettly.test.target")));
 }

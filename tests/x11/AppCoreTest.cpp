@@ -37,7 +37,7 @@ TEST(AppCore, StartsEverythingWithItsMenu)
     UpdaterController updater(
         updateCheck, QStringLiteral("5"), QStringLiteral("1.0"), UpdaterController::AutomaticChecks::Off);
     AppCore core(settings, home.filePath(QStringLiteral("Zettly")),
-        { pasteboard, workspace, keyGrabber, clicks, workspace, keystroke }, updater);
+        { pasteboard, workspace, &keyGrabber, &clicks, workspace, keystroke }, updater);
     EXPECT_EQ(AppCore::shared(), nullptr);
     core.start();
     EXPECT_EQ(AppCore::shared(), &core);
