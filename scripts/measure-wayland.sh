@@ -3,18 +3,21 @@
 # Measures the real zettly inside a headless sway of its own: how soon a
 # native program's copy (wl-copy) reaches the history file, and how long
 # `zettly --toggle` takes from its start until the running copy has carried
-# it out, and how late a copy made right after a program that never answers
-# arrives. Medians over 20 rounds; reports figures, asserts none.
+# it out or until sway has mapped the picker, how late a copy made right after
+# a program that never answers arrives, and how soon Return in the picker
+# pastes into a native window. Medians over 20 rounds (10 for the paste);
+# reports figures, asserts none.
 #
 #   measure-wayland.sh [--no-build]
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build="${ZETTLY_BUILD_DIR:-$root/build}"
 [ "${1:-}" = --no-build ] || "$root/scripts/build.sh"
-exec "$root/tests/wayland/with-sway.sh" -- python3 - "$build/app/zettly" "$build/tests/wayland/zettly_stuck_source" <<'PYTHON'
+exec "$root/tests/wayland/with-sway.sh" -- python3 - "$build/app/zettly" "$build/tests/wayland/zettly_stuck_source" \
+    "$build/tests/wayland/zettly_key_window" <<'PYTHON'
 import json, os, statistics, subprocess, sys, tempfile, time
 
-app, stuck_source = sys.argv[1], sys.argv[2]
+app, stuck_source, key_window = sys.argv[1], sys.argv[2], sys.argv[3]
 home = tempfile.mkdtemp()
 env = dict(os.environ, XDG_DATA_HOME=home + "/data", XDG_CONFIG_HOME=home + "/config")
 clips = home + "/data/Zettly/clips.json"
@@ -72,6 +75,32 @@ try:
             start = time.monotonic()
             subprocess.run([app] + command, check=True, env=env, stdout=subprocess.DEVNULL)
             times.append((time.monotonic() - start) * 1000)
+    # sway tells each window event on this stream as it happens.
+    events = subprocess.Popen(["swaymsg", "-t", "subscribe", "-m", '["window"]'], stdout=subprocess.PIPE, text=True)
+    def next_event(change):
+        while True:
+            event = json.loads(events.stdout.readline())
+            if event["change"] == change and event["container"].get("app_id") == "com.marovelin.zettly":
+                return time.monotonic()
+    target = subprocess.Popen([key_window, "org.zettly.test.target"], stdout=subprocess.PIPE, text=True)
+    target.stdout.readline()
+    shown, pastes = [], []
+    for i in range(20):
+        start = time.monotonic()
+        subprocess.run([app, "--show"], check=True, env=env)
+        shown.append((next_event("focus") - start) * 1000)
+        subprocess.run([app, "--hide"], check=True, env=env)
+        next_event("close")
+    for i in range(10):
+        subprocess.run([app, "--show"], check=True, env=env)
+        next_event("focus")
+        start = time.monotonic()
+        subprocess.run(["wtype", "-k", "Return"], check=True)
+        while target.stdout.readline().strip() != "Ctrl+V":
+            pass
+        pastes.append((time.monotonic() - start) * 1000)
+    target.terminate()
+    events.terminate()
     median = lambda values: statistics.median(values)
     print(f"copy to clips.json (the real zettly), {len(copies)}/20 recorded, medians: "
           f"from wl-copy's start {median([c[0] for c in copies]):.1f} ms, "
@@ -80,6 +109,10 @@ try:
           f"median {median(after_stuck):.1f} ms, max {max(after_stuck):.1f} ms, {len(after_stuck)}/10 recorded")
     print(f"zettly --toggle, start to carried out: median {median(toggles):.1f} ms "
           f"(zettly --version, start to end: {median(versions):.1f} ms)")
+    print(f"zettly --show, start to the picker mapped and focused: median {median(shown):.1f} ms, "
+          f"max {max(shown):.1f} ms")
+    print(f"Return in the picker (wtype's start) to Ctrl+V in the native window in front: "
+          f"median {median(pastes):.1f} ms, max {max(pastes):.1f} ms, {len(pastes)}/10")
 finally:
     zettly.terminate()
     zettly.wait()
