@@ -165,8 +165,20 @@ TEST(WaylandApp, PastesIntoTheWindowThatWasInFront)
     EXPECT_EQ(WlClipboard::paste(QStringLiteral("text/plain;charset=utf-8")), "premier choix");
 
     // Escape hides it again without pasting; focus goes back to the target.
-    ASSERT_EQ(QProcess::execute(QStringLiteral(ZETTLY_APP_PATH), { QStringLiteral("--toggle") }), 0);
+    const auto toggle
+        = [] { return QProcess::execute(QStringLiteral(ZETTLY_APP_PATH), { QStringLiteral("--toggle") }) == 0; };
+    ASSERT_TRUE(toggle());
     ASSERT_TRUE(waitForFront(Workspace::ownIdentifier));
     ASSERT_EQ(QProcess::execute(QStringLiteral("wtype"), { QStringLiteral("-k"), QStringLiteral("Escape") }), 0);
     EXPECT_TRUE(waitForFront(QStringLiteral("org.zettly.test.target")));
+
+    // Another window taking the focus hides it too: the next toggle shows
+    // it rather than hiding it.
+    ASSERT_TRUE(toggle());
+    ASSERT_TRUE(waitForFront(Workspace::ownIdentifier));
+    ASSERT_EQ(
+        QProcess::execute(QStringLiteral("swaymsg"), { QStringLiteral("[app_id=org.zettly.test.target] focus") }), 0);
+    ASSERT_TRUE(waitForFront(QStringLiteral("org.zettly.test.target")));
+    ASSERT_TRUE(toggle());
+    EXPECT_TRUE(waitForFront(Workspace::ownIdentifier));
 }
