@@ -17,6 +17,9 @@ public:
     virtual void activate(const RunningApp &app) = 0;
     // Whether a compositing manager runs, so that windows may be translucent.
     virtual bool hasCompositor() const = 0;
+    // Whether no window has the keyboard focus, as some window managers leave
+    // it after a click on something that takes none (the desktop, a dock).
+    virtual bool focusIsNowhere() const { return false; }
     // Whether our windows can fade in and out. Wayland gives a client no
     // say over a whole window's opacity.
     virtual bool fadesWindows() const { return hasCompositor(); }

@@ -21,6 +21,8 @@ constexpr int fadeInMilliseconds = 160;
 constexpr int fadeOutMilliseconds = 100;
 // Qt's own wait for the focus to come back, before it reports it lost.
 constexpr int focusCheckMilliseconds = 400;
+// How long a window manager may take to focus a clicked window.
+constexpr int focusSettleMilliseconds = 300;
 
 // The usual "ease out" timing curve.
 QEasingCurve easeOut()
@@ -216,6 +218,14 @@ void PanelController::hideIfClickedOutside()
 {
     // Raw presses carry no position: the pointer is taken to be still where
     // it was pressed. Our own windows, the panel or the preferences, keep it.
-    if (m_shown && !QGuiApplication::topLevelAt(QCursor::pos()))
-        hide(HideReason::ClickedElsewhere);
+    if (!m_shown || QGuiApplication::topLevelAt(QCursor::pos()))
+        return;
+    hide(HideReason::ClickedElsewhere);
+    // A click on something that takes no focus leaves the keys going
+    // nowhere under some window managers: the previous window gets them
+    // back, once a window that does take the focus has had time to.
+    QTimer::singleShot(focusSettleMilliseconds, this, [this] {
+        if (!m_shown && m_desktopWindows.focusIsNowhere())
+            giveFocusBack();
+    });
 }

@@ -168,6 +168,18 @@ bool X11Workspace::hasCompositor() const
     return owner && owner->owner != XCB_WINDOW_NONE;
 }
 
+bool X11Workspace::focusIsNowhere() const
+{
+    if (!m_root)
+        return false;
+    const XcbReply<xcb_get_input_focus_reply_t> focus(
+        xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
+    // PointerRoot sends the keys to whatever lies under the pointer: no
+    // window is in front for the user.
+    return focus
+        && (focus->focus == XCB_WINDOW_NONE || focus->focus == XCB_INPUT_FOCUS_POINTER_ROOT || focus->focus == m_root);
+}
+
 void X11Workspace::prepareFloatingPanel(quint64 windowId)
 {
     if (!m_root || !windowId || windowId > std::numeric_limits<xcb_window_t>::max())

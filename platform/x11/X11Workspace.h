@@ -25,6 +25,7 @@ public:
     void activate(const RunningApp &app) override;
     // A compositing manager owns _NET_WM_CM_S0.
     bool hasCompositor() const override;
+    bool focusIsNowhere() const override;
     // Not on XWayland, whatever backends the session has otherwise.
     bool takesUnmanagedPanels() const override { return !m_xwayland; }
     // _NET_WM_DESKTOP on all desktops, and _NET_WM_STATE sticky, skip
