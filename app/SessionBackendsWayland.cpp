@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "SessionBackends.h"
 
+#include "KWinFakeInputKeystroke.h"
 #include "WaylandDesktopWindows.h"
 #include "WaylandPasteboard.h"
 #include "WaylandPasteKeystroke.h"
@@ -54,10 +55,16 @@ SessionBackends openSessionBackends()
         backends.workspace = std::make_unique<X11Workspace>();
         backends.desktopWindows = std::make_unique<X11Workspace>();
     }
-    // Without the virtual keyboard protocol it is not trusted, and the entry
-    // stays on the clipboard: XTest would reach X11 windows only.
-    if (std::unique_ptr<WaylandPasteKeystroke> keystroke = WaylandPasteKeystroke::open())
-        backends.pasteKeystroke = std::move(keystroke);
+    // A virtual keyboard where wlroots offers one, KWin's fake input on
+    // Plasma; with neither, one that is not trusted, and the entry stays on
+    // the clipboard: XTest would reach X11 windows only.
+    std::unique_ptr<WaylandPasteKeystroke> keyboard = WaylandPasteKeystroke::open();
+    if (keyboard && keyboard->isTrusted())
+        backends.pasteKeystroke = std::move(keyboard);
+    else if (std::unique_ptr<KWinFakeInputKeystroke> fakeInput = KWinFakeInputKeystroke::open())
+        backends.pasteKeystroke = std::move(fakeInput);
+    else if (keyboard)
+        backends.pasteKeystroke = std::move(keyboard);
     else
         backends.pasteKeystroke = std::make_unique<X11PasteKeystroke>();
     // X11 grabs keys and sees clicks only over X11 windows, and not at all

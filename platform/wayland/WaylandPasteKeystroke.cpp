@@ -2,6 +2,7 @@
 #include "WaylandPasteKeystroke.h"
 
 #include "WaylandConnection.h"
+#include "XkbKeySearch.h"
 
 #include "virtual-keyboard-unstable-v1-client.h"
 
@@ -24,27 +25,6 @@ template<typename T, void (*Free)(T *)> struct Deleter {
 };
 using XkbContext = std::unique_ptr<xkb_context, Deleter<xkb_context, xkb_context_unref>>;
 using XkbKeymap = std::unique_ptr<xkb_keymap, Deleter<xkb_keymap, xkb_keymap_unref>>;
-
-// Evdev codes sit 8 below xkb's.
-constexpr quint32 evdevOffset = 8;
-
-struct KeySearch {
-    std::array<xkb_keysym_t, 4> symbols;
-    std::array<xkb_keycode_t, 4> found {};
-};
-
-void findKey(xkb_keymap *keymap, xkb_keycode_t key, void *data)
-{
-    auto *search = static_cast<KeySearch *>(data);
-    const xkb_keysym_t *symbols = nullptr;
-    const int count = xkb_keymap_key_get_syms_by_level(keymap, key, 0, 0, &symbols);
-    for (int i = 0; i < count; ++i) {
-        for (size_t wanted = 0; wanted < search->symbols.size(); ++wanted) {
-            if (symbols[i] == search->symbols[wanted] && !search->found[wanted])
-                search->found[wanted] = key;
-        }
-    }
-}
 
 quint32 maskOf(xkb_keymap *keymap, const char *modifier)
 {
@@ -109,16 +89,16 @@ bool WaylandPasteKeystroke::createKeyboard()
     const XkbKeymap keymap(xkb_keymap_new_from_names(context.get(), &names, XKB_KEYMAP_COMPILE_NO_FLAGS));
     if (!keymap)
         return false;
-    KeySearch search { { XKB_KEY_Control_L, XKB_KEY_Shift_L, XKB_KEY_Alt_L, XKB_KEY_v } };
-    xkb_keymap_key_for_each(keymap.get(), &findKey, &search);
-    for (const xkb_keycode_t key : search.found) {
-        if (key < evdevOffset)
+    std::array<quint32, 4> codes {};
+    const xkb_keysym_t symbols[] = { XKB_KEY_Control_L, XKB_KEY_Shift_L, XKB_KEY_Alt_L, XKB_KEY_v };
+    for (size_t i = 0; i < codes.size(); ++i) {
+        const std::optional<quint32> code = XkbKeySearch::evdevCode(keymap.get(), symbols[i]);
+        if (!code)
             return false;
+        codes[i] = *code;
     }
-    m_keys = { search.found[0] - evdevOffset, search.found[1] - evdevOffset, search.found[2] - evdevOffset,
-        search.found[3] - evdevOffset, maskOf(keymap.get(), XKB_MOD_NAME_CTRL),
+    m_keys = { codes[0], codes[1], codes[2], codes[3], maskOf(keymap.get(), XKB_MOD_NAME_CTRL),
         maskOf(keymap.get(), XKB_MOD_NAME_SHIFT), maskOf(keymap.get(), XKB_MOD_NAME_ALT) };
-
     // The compositor maps the keymap from a file, NUL included.
     const std::unique_ptr<char, Deleter<void, free>> text(
         xkb_keymap_get_as_string(keymap.get(), XKB_KEYMAP_FORMAT_TEXT_V1));
