@@ -11,21 +11,22 @@
 #include <xcb/xcb.h>
 #include <xcb/xfixes.h>
 
-namespace {
-
-} // namespace
-
 X11Pasteboard::X11Pasteboard(QObject *parent)
     : Pasteboard(parent)
     , m_clipboard(QGuiApplication::clipboard())
 {
-    connect(m_clipboard, &QClipboard::changed, this, &X11Pasteboard::onClipboardChanged);
     // Queued: the reader answers from its own thread.
     connect(&m_reader, &X11SelectionReader::snapshotRead, this, &X11Pasteboard::onSnapshotRead, Qt::QueuedConnection);
 
     // Qt already asks XFixes for the owner's comings and goings on its own
-    // connection; its events pass through the native filters first.
+    // connection; its events pass through the native filters first. They
+    // are read here rather than through QClipboard::changed: Qt drops a
+    // change stamped with the same server time as its own last write, and
+    // then takes itself for the owner until it writes again.
     if (xcb_connection_t *connection = X11Display::qtConnection()) {
+        const xcb_setup_t *setup = xcb_get_setup(connection);
+        m_ownIdBase = setup->resource_id_base;
+        m_ownIdMask = setup->resource_id_mask;
         const xcb_query_extension_reply_t *xfixes = xcb_get_extension_data(connection, &xcb_xfixes_id);
         XcbReply<xcb_intern_atom_reply_t> clipboard(
             xcb_intern_atom_reply(connection, xcb_intern_atom(connection, false, 9, "CLIPBOARD"), nullptr));
@@ -51,10 +52,17 @@ bool X11Pasteboard::nativeEventFilter(const QByteArray &eventType, void *message
     if ((event->response_type & 0x7f) != m_xfixesEventBase + XCB_XFIXES_SELECTION_NOTIFY)
         return false;
     const auto *notify = reinterpret_cast<const xcb_xfixes_selection_notify_event_t *>(event);
-    if (notify->selection == m_clipboardAtom) {
-        // Set for this event alone: Qt reports it, if at all, before the next.
-        m_ownerQuitting = notify->subtype == XCB_XFIXES_SELECTION_EVENT_SELECTION_WINDOW_DESTROY
-            || notify->subtype == XCB_XFIXES_SELECTION_EVENT_SELECTION_CLIENT_CLOSE;
+    if (notify->selection != m_clipboardAtom)
+        return false;
+    // Our own writes and clears are published by the writing call itself.
+    if (notify->owner == XCB_NONE && notify->subtype == XCB_XFIXES_SELECTION_EVENT_SET_SELECTION_OWNER
+        && m_ownClearsPending > 0) {
+        --m_ownClearsPending;
+        return false;
+    }
+    if (notify->owner == XCB_NONE || (notify->owner & ~m_ownIdMask) != m_ownIdBase) {
+        onOwnerChanged(notify->subtype == XCB_XFIXES_SELECTION_EVENT_SELECTION_WINDOW_DESTROY
+            || notify->subtype == XCB_XFIXES_SELECTION_EVENT_SELECTION_CLIENT_CLOSE);
     }
     return false;
 }
@@ -81,9 +89,14 @@ bool X11Pasteboard::writeIfUnowned(const std::function<void()> &write)
 
 void X11Pasteboard::clearContents()
 {
-    m_writing = true;
+    // Qt gives up a selection that has an owner, and then only.
+    if (xcb_connection_t *connection = X11Display::qtConnection()) {
+        const XcbReply<xcb_get_selection_owner_reply_t> owner(
+            xcb_get_selection_owner_reply(connection, xcb_get_selection_owner(connection, m_clipboardAtom), nullptr));
+        if (owner && owner->owner != XCB_NONE)
+            ++m_ownClearsPending;
+    }
     m_clipboard->clear(QClipboard::Clipboard);
-    m_writing = false;
     publishOwn({});
     m_showsOwnClear = true;
 }
@@ -91,9 +104,7 @@ void X11Pasteboard::clearContents()
 void X11Pasteboard::write(QMimeData *data)
 {
     ClipboardSnapshot snapshot = ClipboardSnapshot::fromMimeData(*data);
-    m_writing = true;
     m_clipboard->setMimeData(data, QClipboard::Clipboard);
-    m_writing = false;
     publishOwn(std::move(snapshot));
     m_showsOwnClear = false;
 }
@@ -105,13 +116,8 @@ void X11Pasteboard::publishOwn(ClipboardSnapshot snapshot)
     publish(std::move(snapshot));
 }
 
-void X11Pasteboard::onClipboardChanged(QClipboard::Mode mode)
+void X11Pasteboard::onOwnerChanged(bool ownerQuit)
 {
-    const bool ownerQuit = std::exchange(m_ownerQuitting, false);
-    // Our own writes are published by the writing call itself; Qt may also
-    // echo one later, while we still own the selection.
-    if (mode != QClipboard::Clipboard || m_writing || m_clipboard->ownsClipboard())
-        return;
     if (ownerQuit) {
         // Nothing is left to read. Only when the owner that quit is the one
         // whose contents were published does the change say so: one still

@@ -7,7 +7,7 @@
 #include <QAbstractNativeEventFilter>
 #include <QClipboard>
 
-// The X11 CLIPBOARD selection. Qt tells of each change of owner (XFixes) and
+// The X11 CLIPBOARD selection. XFixes tells of each change of owner, and Qt
 // serves what we write to every client that asks, for as long as we own the
 // selection; other programs' data is read by an X11SelectionReader, off the
 // main thread, and published once it has arrived. The same XFixes events tell
@@ -26,7 +26,8 @@ public:
 
 private:
     bool nativeEventFilter(const QByteArray &eventType, void *message, qintptr *result) override;
-    void onClipboardChanged(QClipboard::Mode mode);
+    // Another program took the clipboard, cleared it, or quit owning it.
+    void onOwnerChanged(bool ownerQuit);
     void onSnapshotRead(qint64 serial, const ClipboardSnapshot &snapshot);
     void publishOwn(ClipboardSnapshot snapshot);
 
@@ -37,12 +38,13 @@ private:
     // The request whose contents are published; behind m_requestSerial while
     // a read is under way.
     qint64 m_publishedSerial = 0;
-    // Set while Qt reports our own write.
-    bool m_writing = false;
     // The published contents are our own clear.
     bool m_showsOwnClear = false;
-    // The XFixes event that Qt is reporting said the owner went away.
-    bool m_ownerQuitting = false;
+    // Our clears whose XFixes report is still to come.
+    int m_ownClearsPending = 0;
+    // Our windows' ids, Qt's selection owner among them.
+    quint32 m_ownIdBase = 0;
+    quint32 m_ownIdMask = 0;
     // Zero without XFixes.
     uint8_t m_xfixesEventBase = 0;
     quint32 m_clipboardAtom = 0;
