@@ -4,6 +4,9 @@
 #include "AppCore.h"
 
 #include <QCursor>
+#include <QDBusConnection>
+#include <QDBusServiceWatcher>
+#include <QGuiApplication>
 #include <QIcon>
 
 StatusMenu::StatusMenu(AppCore &core)
@@ -33,5 +36,19 @@ StatusMenu::StatusMenu(AppCore &core)
             if (leftClick && !m_menu.isVisible())
                 m_menu.popup(QCursor::pos());
         });
-    m_trayIcon.show();
+    // Qt's X11 tray waits for a tray to appear; elsewhere only a
+    // StatusNotifier host can show the icon, and the X11 stand-in Qt would
+    // fall back to cannot work, so the icon waits for the host.
+    if (QGuiApplication::platformName() == u"xcb" || QSystemTrayIcon::isSystemTrayAvailable()) {
+        m_trayIcon.show();
+        return;
+    }
+    m_hostWatcher = std::make_unique<QDBusServiceWatcher>(QStringLiteral("org.kde.StatusNotifierWatcher"),
+        QDBusConnection::sessionBus(), QDBusServiceWatcher::WatchForRegistration);
+    QObject::connect(m_hostWatcher.get(), &QDBusServiceWatcher::serviceRegistered, &m_menu, [this] {
+        if (QSystemTrayIcon::isSystemTrayAvailable())
+            m_trayIcon.show();
+    });
 }
+
+StatusMenu::~StatusMenu() = default;
