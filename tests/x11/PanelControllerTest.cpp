@@ -197,8 +197,8 @@ TEST_F(PanelControllerTest, OpensBesideThePointerWithTheFocus)
 
         // Unmanaged, so with no frame and no taskbar entry, and on top.
         xcb_connection_t *connection = other.connection();
-        const XcbReply<xcb_get_window_attributes_reply_t> attributes(xcb_get_window_attributes_reply(
-            connection, xcb_get_window_attributes(connection, panelWindow()), nullptr));
+        const XcbReply<xcb_get_window_attributes_reply_t> attributes(
+            xcb_get_window_attributes_reply(connection, xcb_get_window_attributes(connection, panelWindow()), nullptr));
         ASSERT_TRUE(attributes);
         EXPECT_TRUE(attributes->override_redirect);
         const XcbReply<xcb_query_tree_reply_t> tree(
@@ -352,3 +352,26 @@ TEST_F(PanelControllerTest, FocusGoesBackPastOurOwnWindows)
 }
 
 } // namespace
+
+// Without a window manager nothing takes the keys after a click on the bare
+// desktop: the window that had them before the panel gets them back.
+TEST(PanelControllerNoWm, ClickOnTheDesktopGivesTheKeysBack)
+{
+    OtherClient other;
+    X11Workspace workspace;
+    X11ClickMonitor clicks;
+    ASSERT_TRUE(clicks.isValid());
+    PanelController controller(new QLabel(QStringLiteral("Zettly")), workspace, workspace);
+    controller.setClickMonitor(&clicks);
+    const xcb_window_t foreign = other.createWindow("foreign", "Foreign", { 20, 20, 500, 400 });
+    workspace.activate({ foreign, std::nullopt });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return other.inputFocus() == foreign; }, patience));
+
+    ASSERT_TRUE(XDoTool::moveTo({ 700, 300 }));
+    controller.showNearCursor();
+    const auto panel = xcb_window_t(controller.panel().winId());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return other.inputFocus() == panel; }, patience));
+    ASSERT_TRUE(XDoTool::click({ 1200, 780 }));
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return !controller.isShown() && !other.isViewable(panel) && other.inputFocus() == foreign; }, patience));
+}
