@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "X11Pasteboard.h"
 
+#include "OtherClient.h"
 #include "PasteboardTypes.h"
 #include "XClip.h"
 
@@ -81,4 +82,37 @@ TEST(X11Pasteboard, PublishesOtherClientsCopies)
     XClip::copy("fin");
     ASSERT_TRUE(QTest::qWaitFor([&] { return pasteboard.string(PasteboardTypes::string) == u"fin"; }, 5000));
     EXPECT_EQ(pasteboard.changeCount(), start + 4);
+}
+
+// Another program may take the clipboard stamped with the very server time
+// of our own write (X accepts it): that copy is still another program's.
+TEST(X11Pasteboard, SeesACopyStampedWithTheTimeOfOurWrite)
+{
+    X11Pasteboard pasteboard;
+    pasteboard.write(textData(QStringLiteral("à nous")));
+    const qint64 ours = pasteboard.changeCount();
+
+    // Our write's time, as any client may ask it of the owner.
+    OtherClient other;
+    const xcb_window_t window = other.createWindow({});
+    xcb_convert_selection(other.connection(), window, other.atom("CLIPBOARD"), other.atom("TIMESTAMP"),
+        other.atom("STAMP"), XCB_CURRENT_TIME);
+    other.sync();
+    quint32 stamp = 0;
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] {
+            const std::unique_ptr<xcb_get_property_reply_t, decltype(&std::free)> reply(
+                xcb_get_property_reply(other.connection(),
+                    xcb_get_property(other.connection(), false, window, other.atom("STAMP"), XCB_ATOM_INTEGER, 0, 1),
+                    nullptr),
+                &std::free);
+            if (reply && xcb_get_property_value_length(reply.get()) == 4)
+                stamp = *static_cast<const quint32 *>(xcb_get_property_value(reply.get()));
+            return stamp != 0;
+        },
+        5000));
+
+    xcb_set_selection_owner(other.connection(), window, other.atom("CLIPBOARD"), stamp);
+    ASSERT_EQ(other.clipboardOwner(), window);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return pasteboard.changeCount() > ours; }, 5000));
 }
