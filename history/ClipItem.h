@@ -40,6 +40,10 @@ struct ClipItem {
 
 // All nine fields equal; texts under canonical equivalence, createdAt to the
 // exact instant.
+// Every member is movable in memory, so lists shift entries without copying
+// them one by one.
+Q_DECLARE_TYPEINFO(ClipItem, Q_RELOCATABLE_TYPE);
+
 bool operator==(const ClipItem &a, const ClipItem &b);
 // Feeds the nine fields in declaration order, with a presence marker before
 // each optional.

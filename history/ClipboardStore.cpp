@@ -106,34 +106,45 @@ std::optional<QUuid> ClipboardStore::add(const ClipItem &item)
     ClipItem stored = item;
     stored.id = QUuid::createUuid();
     const QUuid id = stored.id;
-    QList<ClipItem> items = m_items;
-    items.prepend(std::move(stored));
-    assignItems(std::move(items));
-    enforceLimit();
+    // One new list, in one change: the entries are copied once, which on a
+    // long history is most of what a copy costs the main thread.
+    assignItems(withinLimit(m_items, &stored));
     save();
     return id;
 }
 
 void ClipboardStore::enforceLimit()
 {
+    assignItems(withinLimit(m_items, nullptr));
+}
+
+QList<ClipItem> ClipboardStore::withinLimit(const QList<ClipItem> &items, ClipItem *newest) const
+{
     const qint64 limit = std::max<qint64>(1, m_settings.historyLimit());
-    QList<ClipItem> pinned;
     QList<ClipItem> kept;
-    qint64 size = pinnedSize(m_items);
-    bool full = false;
-    for (const ClipItem &item : std::as_const(m_items)) {
-        if (item.pinned) {
-            pinned.append(item);
-        } else if (!full && kept.size() < limit) {
-            // Newest first: the first entry that does not fit goes, and every
-            // older one with it.
-            size += storedSize(item);
-            full = size > historyByteBudget;
-            if (!full)
-                kept.append(item);
-        }
+    kept.reserve(items.size() + 1);
+    qint64 size = pinnedSize(items);
+    for (const ClipItem &item : items) {
+        if (item.pinned)
+            kept.append(item);
     }
-    assignItems(pinned + kept);
+    const qsizetype pinnedCount = kept.size();
+    const auto keep = [&](const ClipItem &item) {
+        // Newest first: the first entry that does not fit goes, and every
+        // older one with it.
+        size += storedSize(item);
+        return kept.size() - pinnedCount < limit && size <= historyByteBudget;
+    };
+    if (newest && keep(*newest))
+        kept.append(std::move(*newest));
+    for (const ClipItem &item : items) {
+        if (item.pinned)
+            continue;
+        if (!keep(item))
+            break;
+        kept.append(item);
+    }
+    return kept;
 }
 
 void ClipboardStore::togglePin(const QUuid &id)

@@ -89,6 +89,9 @@ private:
     // done nothing, when that would take more than a few steps.
     bool applyInSteps(const QList<ClipItem> &target);
     void save();
+    // The entries enforceLimit() keeps of items, with newest, when given,
+    // taken as the newest unpinned one.
+    QList<ClipItem> withinLimit(const QList<ClipItem> &items, ClipItem *newest) const;
 
     const AppSettings &m_settings;
     HistoryFolder m_folder;
