@@ -5,15 +5,16 @@
 # `zettly --toggle` takes from its start until the running copy has carried
 # it out or until sway has mapped the picker, how late a copy made right after
 # a program that never answers arrives, and how soon Return in the picker
-# pastes into a native window. Medians over 20 rounds (10 for the paste);
-# reports figures, asserts none.
+# pastes into a native window; and how long the main thread is held up by a
+# program that never answers. Medians over 20 rounds (10 for the paste and the
+# frozen program); reports figures, asserts none.
 #
 #   measure-wayland.sh [--no-build]
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build="${ZETTLY_BUILD_DIR:-$root/build}"
 [ "${1:-}" = --no-build ] || "$root/scripts/build.sh"
-exec "$root/tests/wayland/with-sway.sh" -- python3 - "$build/app/zettly" "$build/tests/wayland/zettly_stuck_source" \
+"$root/tests/wayland/with-sway.sh" -- python3 - "$build/app/zettly" "$build/tests/wayland/zettly_stuck_source" \
     "$build/tests/wayland/zettly_key_window" <<'PYTHON'
 import json, os, statistics, subprocess, sys, tempfile, time
 
@@ -117,3 +118,6 @@ finally:
     zettly.terminate()
     zettly.wait()
 PYTHON
+# The same frozen program against the clipboard reader alone, with a heartbeat
+# on its main thread.
+exec "$root/tests/wayland/with-sway.sh" -- "$build/bench/wayland_stall" "$build/tests/wayland/zettly_stuck_source"
