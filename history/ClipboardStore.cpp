@@ -65,6 +65,9 @@ qint64 pinnedSize(const QList<ClipItem> &items)
     return size;
 }
 
+// How soon a save that found the writer busy asks again.
+constexpr int saveRetryMilliseconds = 20;
+
 } // namespace
 
 qint64 ClipboardStore::storedSize(const ClipItem &item)
@@ -86,6 +89,18 @@ ClipboardStore::ClipboardStore(const AppSettings &settings, const QString &dirPa
     , m_items(m_folder.load())
     , m_writer(m_folder)
 {
+    m_saveRetry.setInterval(saveRetryMilliseconds);
+    m_saveRetry.setSingleShot(true);
+    connect(&m_saveRetry, &QTimer::timeout, this, [this] {
+        if (m_saveWanted)
+            save();
+    });
+}
+
+ClipboardStore::~ClipboardStore()
+{
+    // The writer writes it before it ends.
+    handOverWantedSave();
 }
 
 QString ClipboardStore::imagePath(const ClipItem &item) const
@@ -106,11 +121,45 @@ std::optional<QUuid> ClipboardStore::add(const ClipItem &item)
     ClipItem stored = item;
     stored.id = QUuid::createUuid();
     const QUuid id = stored.id;
-    // One new list, in one change: the entries are copied once, which on a
-    // long history is most of what a copy costs the main thread.
-    assignItems(withinLimit(m_items, &stored));
+    // A list still shared with a snapshot is rebuilt, which copies every
+    // entry once; one of our own, pinned entries first as always after a
+    // change, is changed where it is.
+    const bool pinnedFirst
+        = std::is_partitioned(m_items.cbegin(), m_items.cend(), [](const ClipItem &entry) { return entry.pinned; });
+    if (m_items.isDetached() && pinnedFirst)
+        addInPlace(std::move(stored));
+    else
+        assignItems(withinLimit(m_items, &stored));
     save();
     return id;
+}
+
+void ClipboardStore::addInPlace(ClipItem item)
+{
+    const qint64 limit = std::max<qint64>(1, m_settings.historyLimit());
+    // Pinned entries come first; the new one goes right below them.
+    const auto firstUnpinned
+        = std::find_if(m_items.cbegin(), m_items.cend(), [](const ClipItem &entry) { return !entry.pinned; });
+    const qsizetype row = firstUnpinned - m_items.cbegin();
+    qint64 size = pinnedSize(m_items) + storedSize(item);
+    qsizetype kept = 1;
+    qsizetype end = row;
+    while (end < m_items.size() && kept < limit && size + storedSize(m_items[end]) <= historyByteBudget) {
+        size += storedSize(m_items[end]);
+        ++kept;
+        ++end;
+    }
+    Q_EMIT aboutToChange();
+    Q_EMIT itemAboutToBeInserted(row);
+    m_items.insert(row, std::move(item));
+    Q_EMIT itemInserted(row);
+    // The oldest unpinned entries that no longer fit, from the bottom.
+    for (qsizetype last = m_items.size() - 1; last > end; --last) {
+        Q_EMIT itemAboutToBeRemoved(last);
+        m_items.removeAt(last);
+        Q_EMIT itemRemoved(last);
+    }
+    Q_EMIT changed();
 }
 
 void ClipboardStore::enforceLimit()
@@ -264,11 +313,24 @@ bool ClipboardStore::applyInSteps(const QList<ClipItem> &target)
 
 void ClipboardStore::flush()
 {
+    handOverWantedSave();
     m_writer.flush();
 }
 
 void ClipboardStore::save()
 {
+    // Handed to a busy writer, the list would stay shared until it is taken,
+    // and the next change would copy it here.
+    m_saveWanted = true;
+    if (m_writer.isBusy())
+        m_saveRetry.start();
+    else
+        handOverWantedSave();
+}
+
+void ClipboardStore::handOverWantedSave()
+{
     // A failed save keeps the change in memory and the previous file on disk.
-    m_writer.save(m_items);
+    if (std::exchange(m_saveWanted, false))
+        m_writer.save(m_items);
 }

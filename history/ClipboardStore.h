@@ -7,6 +7,7 @@
 
 #include <QList>
 #include <QObject>
+#include <QTimer>
 
 #include <optional>
 
@@ -32,6 +33,8 @@ public:
     // Prepares the folder at dirPath and loads its history. The limit is read
     // from settings at each trim.
     ClipboardStore(const AppSettings &settings, const QString &dirPath, QObject *parent = nullptr);
+    // Hands the last change to the writer, which writes it before it ends.
+    ~ClipboardStore() override;
 
     const QList<ClipItem> &items() const { return m_items; }
     QString imagesDirPath() const { return m_folder.imagesDirPath(); }
@@ -89,6 +92,9 @@ private:
     // done nothing, when that would take more than a few steps.
     bool applyInSteps(const QList<ClipItem> &target);
     void save();
+    void handOverWantedSave();
+    // add() for a list shared with nobody: changed where it is, step by step.
+    void addInPlace(ClipItem item);
     // The entries enforceLimit() keeps of items, with newest, when given,
     // taken as the newest unpinned one.
     QList<ClipItem> withinLimit(const QList<ClipItem> &items, ClipItem *newest) const;
@@ -97,5 +103,8 @@ private:
     HistoryFolder m_folder;
     QList<ClipItem> m_items;
     // Last: destroyed first, writing what is still waiting.
+    // A change not yet handed to the writer, which was busy.
+    bool m_saveWanted = false;
+    QTimer m_saveRetry;
     HistoryWriter m_writer;
 };

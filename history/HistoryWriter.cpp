@@ -28,6 +28,12 @@ void HistoryWriter::save(QList<ClipItem> snapshot)
     m_changed.notify_all();
 }
 
+bool HistoryWriter::isBusy()
+{
+    const std::lock_guard lock(m_mutex);
+    return m_pending || m_writing;
+}
+
 void HistoryWriter::flush()
 {
     std::unique_lock lock(m_mutex);
@@ -46,6 +52,8 @@ void HistoryWriter::run()
         m_pending.reset();
         m_writing = true;
         lock.unlock();
+        // Our own copy, so that the store's list is its own again.
+        snapshot.detach();
         // A failed save keeps the previous file; the next change tries again.
         m_folder.save(snapshot);
         // Entries the store has dropped since are freed here, off the main

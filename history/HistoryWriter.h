@@ -17,7 +17,9 @@ class HistoryFolder;
 // main thread never waits for the encoding or the disk. Snapshots are written
 // one at a time in the order they came; one that is still waiting when a
 // newer one comes is dropped, since the newer one holds every change it had.
-// So an older list never replaces a newer one on disk.
+// So an older list never replaces a newer one on disk. The writer makes its
+// own copy of the list as it takes a snapshot, so that the main thread's list
+// is its own again and a change need not copy it.
 class HistoryWriter {
 public:
     explicit HistoryWriter(const HistoryFolder &folder);
@@ -28,6 +30,8 @@ public:
     HistoryWriter &operator=(const HistoryWriter &) = delete;
 
     void save(QList<ClipItem> snapshot);
+    // Writing, or a snapshot waiting to be.
+    bool isBusy();
     // Returns once every snapshot handed over so far is written, or failed
     // to be.
     void flush();
