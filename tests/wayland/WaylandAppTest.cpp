@@ -102,6 +102,7 @@ TEST(WaylandApp, RecordsNativeCopiesWithoutFocus)
         { "copié sous Wayland", QStringLiteral("text/plain;charset=utf-8"), ClipKind::Text },
         { "https://exemple.org/wayland", QStringLiteral("text/plain"), ClipKind::Url },
         { png, PasteboardTypes::png, ClipKind::Image },
+        { "file:///tmp/un%20fichier.txt\r\nfile:///tmp/autre\r\n", QStringLiteral("text/uri-list"), ClipKind::File },
     };
     for (const auto &copy : copies) {
         const qsizetype before = app.savedItems().size();
