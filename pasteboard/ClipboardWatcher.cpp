@@ -9,9 +9,17 @@
 #include "Pasteboard.h"
 #include "Workspace.h"
 
+#include <QLoggingCategory>
 #include <QTimer>
 
 #include <algorithm>
+
+namespace {
+
+// Why a copy was not recorded, for whoever wonders; never what it held.
+Q_LOGGING_CATEGORY(lcClipboard, "zettly.clipboard", QtWarningMsg)
+
+} // namespace
 
 ClipboardWatcher::ClipboardWatcher(Pasteboard &pasteboard, const Workspace &workspace, ClipboardStore &store,
     const AppSettings &settings, QObject *parent)
@@ -67,8 +75,16 @@ void ClipboardWatcher::handle(qint64 change)
         restoreAfterOwnerQuit(change);
         return;
     }
-    if (m_settings.ignoreSecretApps() && (m_pasteboard.isMarkedSecret() || isPasswordManagerInFront()))
-        return;
+    if (m_settings.ignoreSecretApps()) {
+        if (m_pasteboard.isMarkedSecret()) {
+            qCDebug(lcClipboard) << "copy not recorded: marked secret";
+            return;
+        }
+        if (isPasswordManagerInFront()) {
+            qCDebug(lcClipboard) << "copy not recorded: a password manager is in front";
+            return;
+        }
+    }
     capture(change);
 }
 

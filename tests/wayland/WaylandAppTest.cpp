@@ -30,8 +30,10 @@ public:
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("XDG_DATA_HOME"), m_home.filePath(QStringLiteral("data")));
         environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home.filePath(QStringLiteral("config")));
+        // Tells why a copy was not recorded.
+        environment.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("zettly.clipboard.debug=true"));
         m_process.setProcessEnvironment(environment);
-        m_process.setProcessChannelMode(QProcess::ForwardedChannels);
+        m_process.setProcessChannelMode(QProcess::ForwardedOutputChannel);
         m_process.start(QStringLiteral(ZETTLY_APP_PATH), {});
     }
     ~Zettly() { stop(); }
@@ -66,6 +68,17 @@ public:
         return items.isEmpty() ? QString() : items.first().fullText.value_or(items.first().preview);
     }
 
+    // Whether the app wrote this to its error output, within a few seconds.
+    bool waitForLog(const QByteArray &text)
+    {
+        return QTest::qWaitFor(
+            [&] {
+                m_log += m_process.readAllStandardError();
+                return m_log.contains(text);
+            },
+            5000);
+    }
+
     bool isRunning() const { return m_process.state() == QProcess::Running; }
     // Whether it ended when asked.
     bool stop()
@@ -77,12 +90,14 @@ public:
 private:
     QTemporaryDir m_home;
     QProcess m_process;
+    QByteArray m_log;
 };
 
 } // namespace
 
 // Copies made by native Wayland programs land in the history while no window
-// of Zettly's exists; a secret does not.
+// of Zettly's exists; a secret does not, nor a copy made while a password
+// manager's window is in front.
 TEST(WaylandApp, RecordsNativeCopiesWithoutFocus)
 {
     Zettly app;
@@ -125,8 +140,26 @@ TEST(WaylandApp, RecordsNativeCopiesWithoutFocus)
     ASSERT_EQ(WlClipboard::paste(PasteboardTypes::passwordManagerHint), "secret");
     ASSERT_TRUE(WlClipboard::copy("après le secret"));
     EXPECT_TRUE(QTest::qWaitFor([&] { return app.newestText() == QStringLiteral("après le secret"); }, 5000));
-    for (const ClipItem &item : app.savedItems())
+    EXPECT_TRUE(app.waitForLog("marked secret"));
+
+    // A plain copy while KeePassXC's window has the focus.
+    const auto workspace = WaylandWorkspace::open();
+    ASSERT_TRUE(workspace);
+    const auto front = [&] { return workspace->frontmostApp().value_or(RunningApp {}).identifier; };
+    {
+        KeyWindow keePass(QStringLiteral("org.keepassxc.KeePassXC"));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return front() == QStringLiteral("org.keepassxc.KeePassXC"); }, 5000));
+        ASSERT_TRUE(WlClipboard::copy("copié devant KeePassXC"));
+        // Handled while the window is still in front.
+        EXPECT_TRUE(app.waitForLog("password manager is in front"));
+    }
+    ASSERT_TRUE(QTest::qWaitFor([&] { return front() != QStringLiteral("org.keepassxc.KeePassXC"); }, 5000));
+    ASSERT_TRUE(WlClipboard::copy("après KeePassXC"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return app.newestText() == QStringLiteral("après KeePassXC"); }, 5000));
+    for (const ClipItem &item : app.savedItems()) {
         EXPECT_NE(item.fullText.value_or(item.preview), QStringLiteral("hunter2 sous Wayland"));
+        EXPECT_NE(item.fullText.value_or(item.preview), QStringLiteral("copié devant KeePassXC"));
+    }
     EXPECT_TRUE(app.isRunning());
     EXPECT_TRUE(app.stop());
 }
