@@ -3,11 +3,10 @@
 
 #include "HistoryCodec.h"
 #include "OtherClient.h"
-#include "XClip.h"
+#include "TestPrograms.h"
 
 #include <QDir>
 #include <QFile>
-#include <QTest>
 
 RunningZettly::RunningZettly()
     : m_environment(QProcessEnvironment::systemEnvironment())
@@ -93,5 +92,5 @@ std::optional<QRect> RunningZettly::panelOf(const OtherClient &display, const QP
 
 bool RunningZettly::waitForNewest(const QString &text) const
 {
-    return QTest::qWaitFor([&] { return savedTexts().value(0) == text; }, 5000);
+    return eventually([&] { return savedTexts().value(0) == text; });
 }

@@ -2,11 +2,10 @@
 #include "X11Pasteboard.h"
 
 #include "PasteboardTypes.h"
-#include "XClip.h"
+#include "TestPrograms.h"
 
 #include <QMimeData>
 #include <QSignalSpy>
-#include <QTest>
 #include <QUrl>
 
 #include <gtest/gtest.h>
@@ -56,7 +55,7 @@ TEST(X11Pasteboard, OwnWritesCountOnceAndAreServedToOthers)
     EXPECT_TRUE(pasteboard.types().isEmpty());
     EXPECT_TRUE(XClip::paste().isEmpty());
     XClip::copy("après");
-    ASSERT_TRUE(QTest::qWaitFor([&] { return pasteboard.string(PasteboardTypes::string) == u"après"; }, 5000));
+    ASSERT_TRUE(eventually([&] { return pasteboard.string(PasteboardTypes::string) == u"après"; }));
     EXPECT_EQ(pasteboard.changeCount(), start + 5);
 }
 
@@ -76,9 +75,9 @@ TEST(X11Pasteboard, PublishesOtherClientsCopies)
     // Then ours takes over, then theirs again.
     pasteboard.write(textData(QStringLiteral("à nous")));
     XClip::copy("https://example.org/", QStringLiteral("text/uri-list"));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return pasteboard.changeCount() == start + 3; }, 5000));
+    ASSERT_TRUE(eventually([&] { return pasteboard.changeCount() == start + 3; }));
     EXPECT_EQ(pasteboard.urls(), QList<QUrl> { QUrl(QStringLiteral("https://example.org/")) });
     XClip::copy("fin");
-    ASSERT_TRUE(QTest::qWaitFor([&] { return pasteboard.string(PasteboardTypes::string) == u"fin"; }, 5000));
+    ASSERT_TRUE(eventually([&] { return pasteboard.string(PasteboardTypes::string) == u"fin"; }));
     EXPECT_EQ(pasteboard.changeCount(), start + 4);
 }
