@@ -6,14 +6,11 @@
 #include "XcbXkb.h"
 
 #include <QElapsedTimer>
-#include <QHash>
 
 #include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <cstring>
-#include <mutex>
-#include <thread>
 
 OtherClient::OtherClient()
     : m_connection(xcb_connect(nullptr, nullptr))
@@ -186,143 +183,94 @@ QList<QRect> OtherClient::visibleWindowsOf(qint64 pid) const
 // What toolkits send per INCR chunk.
 constexpr qsizetype incrChunkBytes = 256 * 1024;
 
-struct TestSelectionOwner::Server {
-    // An INCR transfer under way.
-    struct Transfer {
-        xcb_window_t requestor = XCB_NONE;
-        xcb_atom_t property = XCB_NONE;
-        xcb_atom_t type = XCB_NONE;
-        QByteArray bytes;
-        qsizetype sent = 0;
-        bool done = true;
-    };
-
-    void serve();
-    void answer(const xcb_selection_request_event_t &request);
-    void sendNextChunk();
-    void notify(const xcb_selection_request_event_t &request, xcb_atom_t property);
-
-    QList<Target> m_targets;
-    Behaviour m_behaviour;
-    OtherClient m_client;
-    xcb_connection_t *m_connection = m_client.connection();
-    xcb_window_t m_window = XCB_NONE;
-    xcb_atom_t m_clipboard = XCB_NONE;
-    xcb_atom_t m_targetsAtom = XCB_NONE;
-    // Our quit message, and the property that yields a server time.
-    xcb_atom_t m_ownAtom = XCB_NONE;
-    // Beside m_targets.
-    QList<xcb_atom_t> m_targetAtoms;
-    QHash<xcb_atom_t, QByteArray> m_names;
-    xcb_atom_t m_incrAtom = XCB_NONE;
-    Transfer m_transfer;
-
-    mutable std::mutex m_mutex;
-    QList<QByteArray> m_requested;
-
-    std::chrono::steady_clock::time_point m_requestedAt;
-
-    std::thread m_thread;
-};
-
 TestSelectionOwner::TestSelectionOwner(Offer offer, Behaviour behaviour)
-    : m_server(std::make_unique<Server>())
+    : m_targets(std::move(offer.targets))
+    , m_behaviour(behaviour)
 {
-    Server &s = *m_server;
-    s.m_targets = std::move(offer.targets);
-    s.m_behaviour = behaviour;
-    if (xcb_connection_has_error(s.m_connection))
+    if (xcb_connection_has_error(m_connection))
         return;
-    s.m_clipboard = s.m_client.atom("CLIPBOARD");
-    s.m_targetsAtom = s.m_client.atom("TARGETS");
-    s.m_ownAtom = s.m_client.atom("ZETTLY_TEST_OWNER");
-    s.m_incrAtom = s.m_client.atom("INCR");
-    s.m_names.insert(s.m_targetsAtom, "TARGETS");
-    for (const Target &target : std::as_const(s.m_targets)) {
-        s.m_targetAtoms.append(s.m_client.atom(target.name));
-        s.m_names.insert(s.m_targetAtoms.last(), target.name);
-    }
+    m_clipboard = m_client.atom("CLIPBOARD");
+    m_targetsAtom = m_client.atom("TARGETS");
+    m_ownAtom = m_client.atom("ZETTLY_TEST_OWNER");
+    m_incrAtom = m_client.atom("INCR");
+    for (const Target &target : std::as_const(m_targets))
+        m_targetAtoms.append(m_client.atom(target.name));
 
-    s.m_window = xcb_generate_id(s.m_connection);
+    m_window = xcb_generate_id(m_connection);
     const uint32_t eventMask = XCB_EVENT_MASK_PROPERTY_CHANGE;
-    xcb_create_window(s.m_connection, XCB_COPY_FROM_PARENT, s.m_window, s.m_client.root(), 0, 0, 1, 1, 0,
+    xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, m_window, m_client.root(), 0, 0, 1, 1, 0,
         XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &eventMask);
 
     // Owners should take the selection at a real server time, not
     // CurrentTime: a property change reports one.
-    xcb_change_property(s.m_connection, XCB_PROP_MODE_APPEND, s.m_window, s.m_ownAtom, XCB_ATOM_STRING, 8, 0, nullptr);
-    xcb_flush(s.m_connection);
+    xcb_change_property(m_connection, XCB_PROP_MODE_APPEND, m_window, m_ownAtom, XCB_ATOM_STRING, 8, 0, nullptr);
+    xcb_flush(m_connection);
     xcb_timestamp_t time = XCB_CURRENT_TIME;
-    while (XcbReply<xcb_generic_event_t> event { xcb_wait_for_event(s.m_connection) }) {
+    while (XcbReply<xcb_generic_event_t> event { xcb_wait_for_event(m_connection) }) {
         if ((event->response_type & 0x7f) == XCB_PROPERTY_NOTIFY) {
             time = reinterpret_cast<xcb_property_notify_event_t *>(event.get())->time;
             break;
         }
     }
-    xcb_set_selection_owner(s.m_connection, s.m_window, s.m_clipboard, time);
-    xcb_flush(s.m_connection);
-    s.m_requestedAt = std::chrono::steady_clock::now();
-    s.m_thread = std::thread(&Server::serve, &s);
+    xcb_set_selection_owner(m_connection, m_window, m_clipboard, time);
+    xcb_flush(m_connection);
+    m_requestedAt = std::chrono::steady_clock::now();
+    m_thread = std::thread(&TestSelectionOwner::serve, this);
 }
 
 TestSelectionOwner::~TestSelectionOwner()
 {
-    Server &s = *m_server;
-    if (s.m_thread.joinable()) {
+    if (m_thread.joinable()) {
         // Sent to our own window, it ends the wait for events.
         xcb_client_message_event_t quit {};
         quit.response_type = XCB_CLIENT_MESSAGE;
         quit.format = 32;
-        quit.window = s.m_window;
-        quit.type = s.m_ownAtom;
-        xcb_send_event(
-            s.m_connection, false, s.m_window, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<const char *>(&quit));
-        xcb_flush(s.m_connection);
-        s.m_thread.join();
+        quit.window = m_window;
+        quit.type = m_ownAtom;
+        xcb_send_event(m_connection, false, m_window, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<const char *>(&quit));
+        xcb_flush(m_connection);
+        m_thread.join();
     }
-    if (s.m_window != XCB_NONE) {
+    if (m_window != XCB_NONE) {
         // The server drops the selection with its owner window; the round
         // trip makes sure it has before the next test looks.
-        xcb_destroy_window(s.m_connection, s.m_window);
-        s.m_client.sync();
+        xcb_destroy_window(m_connection, m_window);
+        m_client.sync();
     }
 }
 
 bool TestSelectionOwner::waitUntilOwner(int timeoutMs) const
 {
-    const Server &s = *m_server;
-    if (s.m_window == XCB_NONE)
+    if (m_window == XCB_NONE)
         return false;
     QElapsedTimer timer;
     timer.start();
-    for (;;) {
-        const xcb_window_t owner = s.m_client.clipboardOwner();
-        if (owner == s.m_window)
-            return true;
-        if (xcb_connection_has_error(s.m_connection) || timer.hasExpired(timeoutMs))
+    while (m_client.clipboardOwner() != m_window) {
+        if (xcb_connection_has_error(m_connection) || timer.hasExpired(timeoutMs))
             return false;
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
+    return true;
 }
 
 void TestSelectionOwner::giveUp()
 {
-    xcb_set_selection_owner(m_server->m_connection, XCB_NONE, m_server->m_clipboard, XCB_CURRENT_TIME);
-    m_server->m_client.sync();
+    xcb_set_selection_owner(m_connection, XCB_NONE, m_clipboard, XCB_CURRENT_TIME);
+    m_client.sync();
 }
 
 QList<QByteArray> TestSelectionOwner::requestedTargets() const
 {
-    std::lock_guard lock(m_server->m_mutex);
-    return m_server->m_requested;
+    std::lock_guard lock(m_mutex);
+    return m_requested;
 }
 
 std::chrono::steady_clock::time_point TestSelectionOwner::ownershipRequestedAt() const
 {
-    return m_server->m_requestedAt;
+    return m_requestedAt;
 }
 
-void TestSelectionOwner::Server::serve()
+void TestSelectionOwner::serve()
 {
     while (XcbReply<xcb_generic_event_t> event { xcb_wait_for_event(m_connection) }) {
         const uint8_t type = event->response_type & 0x7f;
@@ -341,18 +289,14 @@ void TestSelectionOwner::Server::serve()
     }
 }
 
-void TestSelectionOwner::Server::answer(const xcb_selection_request_event_t &request)
+void TestSelectionOwner::answer(const xcb_selection_request_event_t &request)
 {
-    QByteArray name = m_names.value(request.target);
-    if (name.isEmpty()) {
-        XcbReply<xcb_get_atom_name_reply_t> reply(
-            xcb_get_atom_name_reply(m_connection, xcb_get_atom_name(m_connection, request.target), nullptr));
-        if (reply)
-            name = QByteArray(xcb_get_atom_name_name(reply.get()), xcb_get_atom_name_name_length(reply.get()));
-    }
+    const XcbReply<xcb_get_atom_name_reply_t> name(
+        xcb_get_atom_name_reply(m_connection, xcb_get_atom_name(m_connection, request.target), nullptr));
     {
         std::lock_guard lock(m_mutex);
-        m_requested.append(name);
+        m_requested.append(
+            name ? QByteArray(xcb_get_atom_name_name(name.get()), xcb_get_atom_name_name_length(name.get())) : "");
     }
     if (m_behaviour == Behaviour::NeverAnswers)
         return;
@@ -389,7 +333,7 @@ void TestSelectionOwner::Server::answer(const xcb_selection_request_event_t &req
     notify(request, property);
 }
 
-void TestSelectionOwner::Server::sendNextChunk()
+void TestSelectionOwner::sendNextChunk()
 {
     Transfer &t = m_transfer;
     const qsizetype length = std::min(incrChunkBytes, t.bytes.size() - t.sent);
@@ -403,7 +347,7 @@ void TestSelectionOwner::Server::sendNextChunk()
     xcb_flush(m_connection);
 }
 
-void TestSelectionOwner::Server::notify(const xcb_selection_request_event_t &request, xcb_atom_t property)
+void TestSelectionOwner::notify(const xcb_selection_request_event_t &request, xcb_atom_t property)
 {
     xcb_selection_notify_event_t notify {};
     notify.response_type = XCB_SELECTION_NOTIFY;

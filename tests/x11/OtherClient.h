@@ -11,9 +11,10 @@
 #include <chrono>
 #include <cstdint>
 #include <initializer_list>
-#include <memory>
+#include <mutex>
 #include <optional>
 #include <string_view>
+#include <thread>
 
 // Another program on the test's X server, on a connection of its own: it
 // makes windows, grabs keys, locks modifiers and looks at other clients'
@@ -130,6 +131,38 @@ public:
     std::chrono::steady_clock::time_point ownershipRequestedAt() const;
 
 private:
-    struct Server;
-    std::unique_ptr<Server> m_server;
+    // An INCR transfer under way.
+    struct Transfer {
+        xcb_window_t requestor = XCB_NONE;
+        xcb_atom_t property = XCB_NONE;
+        xcb_atom_t type = XCB_NONE;
+        QByteArray bytes;
+        qsizetype sent = 0;
+        bool done = true;
+    };
+
+    void serve();
+    void answer(const xcb_selection_request_event_t &request);
+    void sendNextChunk();
+    void notify(const xcb_selection_request_event_t &request, xcb_atom_t property);
+
+    QList<Target> m_targets;
+    Behaviour m_behaviour;
+    OtherClient m_client;
+    xcb_connection_t *m_connection = m_client.connection();
+    xcb_window_t m_window = XCB_NONE;
+    xcb_atom_t m_clipboard = XCB_NONE;
+    xcb_atom_t m_targetsAtom = XCB_NONE;
+    xcb_atom_t m_incrAtom = XCB_NONE;
+    // Our quit message, and the property that yields a server time.
+    xcb_atom_t m_ownAtom = XCB_NONE;
+    // Beside m_targets.
+    QList<xcb_atom_t> m_targetAtoms;
+    Transfer m_transfer;
+
+    mutable std::mutex m_mutex;
+    QList<QByteArray> m_requested;
+
+    std::chrono::steady_clock::time_point m_requestedAt;
+    std::thread m_thread;
 };
