@@ -65,14 +65,9 @@ bool RunningZettly::waitUntilRecording()
 QStringList RunningZettly::savedTexts() const
 {
     QStringList texts;
-    for (const ClipItem &item : savedItems())
+    for (const ClipItem &item : HistoryCodec::decode(historyFile()).value_or(QList<ClipItem>()))
         texts.append(item.fullText.value_or(item.preview));
     return texts;
-}
-
-QList<ClipItem> RunningZettly::savedItems() const
-{
-    return HistoryCodec::decode(historyFile()).value_or(QList<ClipItem>());
 }
 
 QByteArray RunningZettly::historyFile() const
