@@ -79,7 +79,7 @@ TEST(ZettlyApp, CommandLineDrivesTheRunningPanel)
         const char *said;
     } failures[] = { { "--toggle", true, "zettly : " }, { "--inconnue", true, "zettly : " }, { "", false, "DISPLAY" } };
     for (const auto &failure : failures) {
-        SCOPED_TRACE(failure.option);
+        SCOPED_TRACE(failure.withDisplay ? failure.option : "without a display");
         const auto [exitCode, error] = run(QString::fromLatin1(failure.option), failure.withDisplay);
         EXPECT_EQ(exitCode, 1);
         EXPECT_EQ(error.count('\n'), 0) << error.constData();
