@@ -139,8 +139,8 @@ TEST_F(Capture, ARecordedCopyOutlivesTheProgramThatQuit)
             [&] { return pasteboard.changeCount() > start && pasteboard.types().size() == row.targets.size(); }));
         QCoreApplication::processEvents();
         const QString text = QString::fromUtf8(row.targets[0].bytes);
-        if (row.restored)
-            ASSERT_TRUE(eventually([&] { return newest().fullText == text; }));
+        // Recorded before it goes, or there is nothing to put back.
+        ASSERT_TRUE(!row.restored || eventually([&] { return newest().fullText == text; }));
         const qint64 before = pasteboard.changeCount();
         if (row.giveUp)
             owner->giveUp();
@@ -149,10 +149,11 @@ TEST_F(Capture, ARecordedCopyOutlivesTheProgramThatQuit)
         ASSERT_TRUE(eventually([&] { return pasteboard.changeCount() > before; }));
         // The watcher's turn, where a restore would take the clipboard.
         QCoreApplication::processEvents();
-        if (row.restored)
+        if (row.restored) {
             EXPECT_TRUE(eventually([&] { return XClip::paste() == text.toUtf8(); }));
-        else
+        } else {
             EXPECT_EQ(OtherClient().clipboardOwner(), xcb_window_t(XCB_NONE));
+        }
     }
 }
 
