@@ -133,6 +133,16 @@ bool OtherClient::lockModifiers(uint8_t affected, uint8_t locked, std::optional<
             group.has_value(), group.value_or(0), 0, false, 0));
 }
 
+QList<xcb_window_t> OtherClient::children(xcb_window_t window) const
+{
+    const XcbReply<xcb_query_tree_reply_t> tree(
+        xcb_query_tree_reply(m_connection, xcb_query_tree(m_connection, window), nullptr));
+    if (!tree)
+        return {};
+    const xcb_window_t *children = xcb_query_tree_children(tree.get());
+    return QList<xcb_window_t>(children, children + xcb_query_tree_children_length(tree.get()));
+}
+
 QRect OtherClient::rootGeometry(xcb_window_t window) const
 {
     const XcbReply<xcb_translate_coordinates_reply_t> origin(xcb_translate_coordinates_reply(
@@ -159,13 +169,7 @@ QList<QRect> OtherClient::visibleWindowsOf(qint64 pid) const
     for (int depth = 0; depth < 3 && !pending.isEmpty(); ++depth) {
         QList<xcb_window_t> next;
         for (const xcb_window_t parent : std::as_const(pending)) {
-            const XcbReply<xcb_query_tree_reply_t> tree(
-                xcb_query_tree_reply(m_connection, xcb_query_tree(m_connection, parent), nullptr));
-            if (!tree)
-                continue;
-            const xcb_window_t *children = xcb_query_tree_children(tree.get());
-            for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) {
-                const xcb_window_t window = children[i];
+            for (const xcb_window_t window : children(parent)) {
                 next.append(window);
                 if (cardinals(window, "_NET_WM_PID") != QList<uint32_t> { uint32_t(pid) })
                     continue;

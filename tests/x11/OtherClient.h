@@ -62,6 +62,8 @@ public:
     // as lock keys and a layout switcher do. Returns once applied.
     bool lockModifiers(uint8_t affected, uint8_t locked, std::optional<uint8_t> group = std::nullopt);
 
+    // The window's children, bottom to top.
+    QList<xcb_window_t> children(xcb_window_t window) const;
     // Where the window really is, in root coordinates; null when gone.
     QRect rootGeometry(xcb_window_t window) const;
     bool isViewable(xcb_window_t window) const;

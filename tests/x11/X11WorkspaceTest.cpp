@@ -6,9 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstdlib>
-#include <span>
 #include <string_view>
 
 using namespace std::string_view_literals;
@@ -131,13 +128,8 @@ TEST_F(X11WorkspaceNoWmTest, ActivateRaisesAndFocusesTheWindow)
 
     workspace.activate({ lower, std::nullopt });
     EXPECT_EQ(other.inputFocus(), lower);
-    // The root's children come bottom to top.
-    xcb_query_tree_reply_t *tree
-        = xcb_query_tree_reply(other.connection(), xcb_query_tree(other.connection(), other.root()), nullptr);
-    ASSERT_NE(tree, nullptr);
-    const std::span stack(xcb_query_tree_children(tree), size_t(xcb_query_tree_children_length(tree)));
-    EXPECT_GT(std::ranges::find(stack, lower), std::ranges::find(stack, upper));
-    std::free(tree);
+    const QList<xcb_window_t> stack = other.children(other.root());
+    EXPECT_GT(stack.indexOf(lower), stack.indexOf(upper));
 
     xcb_destroy_window(other.connection(), upper);
     other.sync();
