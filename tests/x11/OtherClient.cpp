@@ -295,12 +295,17 @@ void TestSelectionOwner::serve()
 
 void TestSelectionOwner::answer(const xcb_selection_request_event_t &request)
 {
-    const XcbReply<xcb_get_atom_name_reply_t> name(
-        xcb_get_atom_name_reply(m_connection, xcb_get_atom_name(m_connection, request.target), nullptr));
+    const qsizetype index = m_targetAtoms.indexOf(request.target);
+    QByteArray name = request.target == m_targetsAtom ? "TARGETS" : index >= 0 ? m_targets.at(index).name : "";
+    if (name.isEmpty()) {
+        const XcbReply<xcb_get_atom_name_reply_t> reply(
+            xcb_get_atom_name_reply(m_connection, xcb_get_atom_name(m_connection, request.target), nullptr));
+        if (reply)
+            name = QByteArray(xcb_get_atom_name_name(reply.get()), xcb_get_atom_name_name_length(reply.get()));
+    }
     {
         std::lock_guard lock(m_mutex);
-        m_requested.append(
-            name ? QByteArray(xcb_get_atom_name_name(name.get()), xcb_get_atom_name_name_length(name.get())) : "");
+        m_requested.append(name);
     }
     if (m_behaviour == Behaviour::NeverAnswers)
         return;
@@ -316,7 +321,6 @@ void TestSelectionOwner::answer(const xcb_selection_request_event_t &request)
         return notify(request, property);
     }
 
-    const qsizetype index = m_targetAtoms.indexOf(request.target);
     if (index < 0)
         return notify(request, XCB_NONE);
     const Target &target = m_targets.at(index);
