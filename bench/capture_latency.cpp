@@ -20,7 +20,7 @@
 #include "HistoryFileWatch.h"
 #include "HistoryFolder.h"
 #include "MeasureSupport.h"
-#include "TestSelectionOwner.h"
+#include "OtherClient.h"
 #include "X11Pasteboard.h"
 #include "X11Workspace.h"
 

@@ -3,11 +3,10 @@
 
 #include "HistoryCodec.h"
 #include "OtherClient.h"
-#include "XClip.h"
+#include "TestPrograms.h"
 
 #include <QDir>
 #include <QFile>
-#include <QTest>
 
 RunningZettly::RunningZettly()
     : m_environment(QProcessEnvironment::systemEnvironment())
@@ -66,14 +65,9 @@ bool RunningZettly::waitUntilRecording()
 QStringList RunningZettly::savedTexts() const
 {
     QStringList texts;
-    for (const ClipItem &item : savedItems())
+    for (const ClipItem &item : HistoryCodec::decode(historyFile()).value_or(QList<ClipItem>()))
         texts.append(item.fullText.value_or(item.preview));
     return texts;
-}
-
-QList<ClipItem> RunningZettly::savedItems() const
-{
-    return HistoryCodec::decode(historyFile()).value_or(QList<ClipItem>());
 }
 
 QByteArray RunningZettly::historyFile() const
@@ -93,5 +87,5 @@ std::optional<QRect> RunningZettly::panelOf(const OtherClient &display, const QP
 
 bool RunningZettly::waitForNewest(const QString &text) const
 {
-    return QTest::qWaitFor([&] { return savedTexts().value(0) == text; }, 5000);
+    return eventually([&] { return savedTexts().value(0) == text; });
 }

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "ClipItem.h"
-
 #include <QProcess>
 #include <QRect>
 #include <QStringList>
@@ -30,7 +28,6 @@ public:
     // The texts of the saved history, newest first. Read without a store:
     // opening one would tidy the folder under the running app's feet.
     QStringList savedTexts() const;
-    QList<ClipItem> savedItems() const;
     QByteArray historyFile() const;
     bool waitForNewest(const QString &text) const;
 

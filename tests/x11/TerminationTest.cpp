@@ -3,10 +3,9 @@
 // under way is finished, and the copy that caused it is on disk.
 #include "HistoryFolder.h"
 #include "RunningZettly.h"
-#include "XClip.h"
+#include "TestPrograms.h"
 
 #include <QDir>
-#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -43,7 +42,7 @@ TEST(Termination, SigtermFinishesTheSaveOfTheLastCopy)
 
     XClip::copy("à garder");
     // The only change since is this copy: a save under way is its save.
-    ASSERT_TRUE(QTest::qWaitFor([&] { return saveUnderWay(historyDir); }, 10000));
+    ASSERT_TRUE(eventually([&] { return saveUnderWay(historyDir); }));
     app.terminate();
     ASSERT_TRUE(app.waitForFinished(20000));
     EXPECT_EQ(app.exitStatus(), QProcess::NormalExit);

@@ -3,12 +3,11 @@
 
 #include "HotKeyConfig.h"
 #include "OtherClient.h"
+#include "TestPrograms.h"
 #include "XcbReply.h"
 
 #include <QAbstractNativeEventFilter>
-#include <QProcess>
 #include <QSignalSpy>
-#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -26,20 +25,6 @@ constexpr quint8 xKeyNumLock = 77;
 constexpr quint16 controlSuper = XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_4;
 constexpr quint16 numLock = XCB_MOD_MASK_2;
 constexpr quint16 capsLock = XCB_MOD_MASK_LOCK;
-
-bool run(const char *program, const QStringList &arguments)
-{
-    QProcess process;
-    process.start(QString::fromLatin1(program), arguments);
-    // Qt's loop keeps running: grabbed presses reach the grabber through it.
-    return QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, 10000)
-        && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
-}
-
-bool useLayout(const char *variant = "")
-{
-    return run("setxkbmap", { QStringLiteral("us"), QString::fromLatin1(variant), QStringLiteral("-option"), {} });
-}
 
 // Moves Num_Lock from Mod2 to Mod3, which Xvfb leaves empty.
 bool moveNumLockToMod3(xcb_connection_t *connection)
@@ -92,14 +77,15 @@ class X11KeyGrabberTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(useLayout());
+        ASSERT_TRUE(useLayouts(QStringLiteral("us")));
         ASSERT_TRUE(lock(0));
         ASSERT_TRUE(marker.grab(0x6F, controlCommand)); // F12
     }
 
+    // Qt's loop keeps running: grabbed presses reach the grabber through it.
     void xdotool(const char *command, const char *keys)
     {
-        ASSERT_TRUE(run("xdotool", { QString::fromLatin1(command), QString::fromLatin1(keys) }));
+        ASSERT_TRUE(runProgram(QStringLiteral("xdotool"), { QString::fromLatin1(command), QString::fromLatin1(keys) }));
     }
     // Presses keys, then the marker shortcut, and waits for the marker: the
     // events before it have been handled then, and what they queued has run.
@@ -112,7 +98,7 @@ protected:
     {
         const qsizetype before = markerPresses.count();
         xdotool("key", "ctrl+super+F12");
-        ASSERT_TRUE(QTest::qWaitFor([&] { return markerPresses.count() > before; }, 5000));
+        ASSERT_TRUE(eventually([&] { return markerPresses.count() > before; }));
         QCoreApplication::processEvents();
     }
 
@@ -152,7 +138,7 @@ TEST_F(X11KeyGrabberTest, HeldKeyReportsOnePress)
     PressCounter received(xKeyV);
     xdotool("keydown", "ctrl+super+v");
     // Held until the server has repeated the press twice.
-    ASSERT_TRUE(QTest::qWaitFor([&] { return received.presses >= 3; }, 10000));
+    ASSERT_TRUE(eventually([&] { return received.presses >= 3; }));
     xdotool("keyup", "ctrl+super+v");
     press("ctrl+super+v");
     EXPECT_EQ(presses.count(), 2);
@@ -175,7 +161,7 @@ TEST_F(X11KeyGrabberTest, FollowsThePhysicalKeyAcrossKeymapChanges)
 {
     ASSERT_TRUE(grabber.grab(positionV, controlCommand));
     // Dvorak types k on the key where QWERTY has v, and v elsewhere.
-    ASSERT_TRUE(useLayout("dvorak"));
+    ASSERT_TRUE(useLayouts(QStringLiteral("us"), QStringLiteral("dvorak")));
     press("ctrl+super+k");
     press("ctrl+super+v");
     EXPECT_EQ(presses.count(), 1);

@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "X11PasteKeystroke.h"
 #include "OtherClient.h"
+#include "TestPrograms.h"
 #include "XcbReply.h"
-
-#include <QProcess>
-#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -15,7 +13,6 @@ namespace {
 
 using Key = std::pair<uint8_t, xcb_keycode_t>;
 
-constexpr int patience = 10'000;
 // Xvfb's evdev key codes.
 constexpr xcb_keycode_t controlKey = 37;
 constexpr xcb_keycode_t shiftKey = 50;
@@ -46,17 +43,6 @@ QList<Key> typed(QList<xcb_keycode_t> modifiers, xcb_keycode_t v)
     return keys;
 }
 
-bool run(const QString &program, const QStringList &arguments)
-{
-    return QProcess::execute(program, arguments) == 0;
-}
-
-bool useLayouts(const QString &layouts, const QString &variants = {})
-{
-    return run(QStringLiteral("setxkbmap"),
-        { QStringLiteral("-layout"), layouts, QStringLiteral("-variant"), variants, QStringLiteral("-option"), {} });
-}
-
 // A focused window of another client that records the keys it receives.
 class KeyRecorder {
 public:
@@ -74,12 +60,10 @@ public:
     // do not come, which the comparison then shows.
     QList<Key> take(qsizetype count)
     {
-        std::ignore = QTest::qWaitFor(
-            [&] {
-                read();
-                return m_keys.size() >= count;
-            },
-            patience);
+        std::ignore = eventually([&] {
+            read();
+            return m_keys.size() >= count;
+        });
         return std::exchange(m_keys, {});
     }
 
@@ -144,7 +128,7 @@ TEST(X11PasteKeystroke, WaitsForTheUsersModifiersToBeUp)
     ASSERT_TRUE(useLayouts(QStringLiteral("us")));
     X11PasteKeystroke keystroke;
     KeyRecorder recorder;
-    ASSERT_TRUE(run(QStringLiteral("xdotool"), { QStringLiteral("keydown"), QStringLiteral("super") }));
+    ASSERT_TRUE(runProgram(QStringLiteral("xdotool"), { QStringLiteral("keydown"), QStringLiteral("super") }));
     ASSERT_EQ(recorder.take(1), QList<Key> { press(superKey) });
     keystroke.sendPaste({ 1, QStringLiteral("Mousepad") });
     // Let go while the keystroke waits, with the event loop running.

@@ -4,15 +4,13 @@
 #include "CaptureLimits.h"
 #include "OtherClient.h"
 #include "PasteboardTypes.h"
-#include "TestSelectionOwner.h"
+#include "TestPrograms.h"
 
 #include <QBuffer>
 #include <QImage>
-#include <QTest>
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <optional>
 
 // Static: other test files may print lists their own way.
@@ -25,11 +23,6 @@ namespace {
 
 using Target = TestSelectionOwner::Target;
 using Behaviour = TestSelectionOwner::Behaviour;
-
-bool waitUntil(const std::function<bool()> &condition)
-{
-    return QTest::qWaitFor(condition, 10000);
-}
 
 QByteArray png(QSize size)
 {
@@ -53,14 +46,14 @@ protected:
             [this](qint64 serial, const ClipboardSnapshot &snapshot) { m_answers.insert(serial, snapshot); },
             Qt::QueuedConnection);
         // The suite shares one server: let the owner of the last test go.
-        ASSERT_TRUE(waitUntil([] { return OtherClient().clipboardOwner() == XCB_NONE; }));
+        ASSERT_TRUE(eventually([] { return OtherClient().clipboardOwner() == XCB_NONE; }));
     }
 
     // Requests a read and runs the event loop until its answer comes.
     std::optional<ClipboardSnapshot> read(ReadScope scope = ReadScope::Everything)
     {
         m_reader.request(++m_serial, scope);
-        if (!waitUntil([&] { return m_answers.contains(m_serial); }))
+        if (!eventually([&] { return m_answers.contains(m_serial); }))
             return std::nullopt;
         return m_answers.value(m_serial);
     }
@@ -223,7 +216,7 @@ TEST_F(X11SelectionReaderTest, StuckOwnersCostOneTimeoutAndAreLeftForANewCopy)
     // Stuck on the frozen owner again when another program copies.
     m_reader.request(++m_serial);
     const qint64 stuckSerial = m_serial;
-    ASSERT_TRUE(waitUntil([&] { return frozen.requestedTargets().size() == 2; }));
+    ASSERT_TRUE(eventually([&] { return frozen.requestedTargets().size() == 2; }));
     TestSelectionOwner healthy({ { "UTF8_STRING", "copied next" } });
     ASSERT_TRUE(healthy.waitUntilOwner());
     snapshot = read();
@@ -242,7 +235,7 @@ TEST_F(X11SelectionReaderTest, CancelledRequestsAreNeverAnswered)
         ASSERT_TRUE(frozen.waitUntilOwner());
         m_reader.request(++m_serial);
         const qint64 stuckSerial = m_serial;
-        ASSERT_TRUE(waitUntil([&] { return !frozen.requestedTargets().isEmpty(); }));
+        ASSERT_TRUE(eventually([&] { return !frozen.requestedTargets().isEmpty(); }));
         m_reader.cancel();
         // Cancelled before the worker even starts on it.
         m_reader.request(++m_serial);
@@ -253,7 +246,7 @@ TEST_F(X11SelectionReaderTest, CancelledRequestsAreNeverAnswered)
         const qsizetype requests = frozen.requestedTargets().size();
         X11SelectionReader other;
         other.request(1);
-        ASSERT_TRUE(waitUntil([&] { return frozen.requestedTargets().size() > requests; }));
+        ASSERT_TRUE(eventually([&] { return frozen.requestedTargets().size() > requests; }));
     }
     TestSelectionOwner owner({ { "UTF8_STRING", "after cancel" } });
     ASSERT_TRUE(owner.waitUntilOwner());

@@ -2,26 +2,13 @@
 #include "X11Workspace.h"
 
 #include "OtherClient.h"
-
-#include <QTest>
+#include "TestPrograms.h"
 
 #include <gtest/gtest.h>
 
-#include <xcb/xcb.h>
-
-#include <algorithm>
-#include <cstdlib>
-#include <functional>
-#include <span>
 #include <string_view>
 
 using namespace std::string_view_literals;
-
-static void PrintTo(const RunningApp &app, std::ostream *out)
-{
-    *out << "{window " << app.windowId << ", " << (app.identifier ? app.identifier->toStdString() : "no identifier")
-         << '}';
-}
 
 namespace {
 
@@ -32,12 +19,6 @@ void setActiveWindow(OtherClient &client, xcb_window_t window)
     xcb_change_property(client.connection(), XCB_PROP_MODE_REPLACE, client.root(), client.atom("_NET_ACTIVE_WINDOW"),
         XCB_ATOM_WINDOW, 32, 1, &window);
     client.sync();
-}
-
-// Window managers act in their own time: poll, with a generous deadline.
-bool eventually(const std::function<bool()> &condition)
-{
-    return QTest::qWaitFor(condition, 10'000);
 }
 
 // Errors from requests nobody checked end up in the event queue.
@@ -65,7 +46,7 @@ template<bool withWindowManager> class X11WorkspaceSetUp : public X11WorkspaceFi
 protected:
     void SetUp() override
     {
-        ASSERT_EQ(other.rootWindowProperty("_NET_SUPPORTING_WM_CHECK").has_value(), withWindowManager);
+        ASSERT_EQ(other.cardinals(other.root(), "_NET_SUPPORTING_WM_CHECK").isEmpty(), !withWindowManager);
     }
 };
 using X11WorkspaceTest = X11WorkspaceSetUp<true>;
@@ -147,13 +128,8 @@ TEST_F(X11WorkspaceNoWmTest, ActivateRaisesAndFocusesTheWindow)
 
     workspace.activate({ lower, std::nullopt });
     EXPECT_EQ(other.inputFocus(), lower);
-    // The root's children come bottom to top.
-    xcb_query_tree_reply_t *tree
-        = xcb_query_tree_reply(other.connection(), xcb_query_tree(other.connection(), other.root()), nullptr);
-    ASSERT_NE(tree, nullptr);
-    const std::span stack(xcb_query_tree_children(tree), size_t(xcb_query_tree_children_length(tree)));
-    EXPECT_GT(std::ranges::find(stack, lower), std::ranges::find(stack, upper));
-    std::free(tree);
+    const QList<xcb_window_t> stack = other.children(other.root());
+    EXPECT_GT(stack.indexOf(lower), stack.indexOf(upper));
 
     xcb_destroy_window(other.connection(), upper);
     other.sync();

@@ -3,8 +3,7 @@
 #include "HotKeyConfig.h"
 #include "HotKeyTranslator.h"
 #include "OtherClient.h"
-
-#include <QProcess>
+#include "TestPrograms.h"
 
 #include <gtest/gtest.h>
 
@@ -23,15 +22,6 @@ constexpr quint32 controlCommand = HotKeyConfig::Control | HotKeyConfig::Command
 QString text(const char *utf8)
 {
     return QString::fromUtf8(utf8);
-}
-
-// Replaces the server's keymap, dropping the options of earlier tests.
-bool useLayouts(const QString &layouts)
-{
-    return QProcess::execute(QStringLiteral("setxkbmap"),
-               { QStringLiteral("-model"), QStringLiteral("pc105"), QStringLiteral("-layout"), layouts,
-                   QStringLiteral("-option"), QString() })
-        == 0;
 }
 
 // Locks Caps Lock and a layout group as a desktop's layout switcher does.

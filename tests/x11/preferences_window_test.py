@@ -34,34 +34,34 @@ def wait_for(condition, what, timeout=10, interval=0.05):
         time.sleep(interval)
 
 
+def output(*command):
+    return subprocess.run(list(map(str, command)), capture_output=True, text=True, timeout=10).stdout
+
+
 def xdotool(*arguments):
-    result = subprocess.run(["xdotool", *map(str, arguments)], capture_output=True, text=True, timeout=10)
-    return result.stdout.split()
+    return output("xdotool", *arguments).split()
 
 
 def geometry(window):
     """(x, y, width, height) of a window on the root."""
-    values = dict(line.split("=") for line in subprocess.run(
-        ["xdotool", "getwindowgeometry", "--shell", str(window)],
-        capture_output=True, text=True, timeout=10).stdout.split())
+    values = dict(line.split("=") for line in xdotool("getwindowgeometry", "--shell", window))
     return tuple(int(values[key]) for key in ("X", "Y", "WIDTH", "HEIGHT"))
 
 
 def is_viewable(window):
-    return "IsViewable" in subprocess.run(["xwininfo", "-id", str(window)], capture_output=True, text=True,
-                                          timeout=10).stdout
+    return "IsViewable" in output("xwininfo", "-id", window)
 
 
 def active_window():
     return int((xdotool("getactivewindow") or ["0"])[0])
 
 
-def stacked_above(window, other):
-    """Whether window is higher than other in the window manager's stacking."""
-    stacking = subprocess.run(["xprop", "-root", "_NET_CLIENT_LIST_STACKING"],
-                              capture_output=True, text=True, timeout=10).stdout
-    order = [int(id, 16) for id in re.findall(r"0x[0-9a-f]+", stacking)]
-    return window in order and other in order and order.index(window) > order.index(other)
+def in_front(window, other):
+    """Whether window is active and higher than other in the window manager's
+    stacking."""
+    stacking = re.findall(r"0x[0-9a-f]+", output("xprop", "-root", "_NET_CLIENT_LIST_STACKING"))
+    order = [int(id, 16) for id in stacking]
+    return active_window() == window and window in order and other in order and order.index(window) > order.index(other)
 
 
 def copy(text):
@@ -117,6 +117,9 @@ class Zettly:
         with open(os.path.join(folder, "clips.json"), "w") as file:
             json.dump(items, file)
 
+    def newest(self):
+        return next((text for text, pinned in self.history() if not pinned), "")
+
     def start(self):
         self.process = subprocess.Popen([ZETTLY], env=self.environment)
         self.probes += 1
@@ -125,28 +128,25 @@ class Zettly:
         def recording():
             copy(f"prêt ? {self.probes}")
             self.probes += 1
-            newest = next((text for text, pinned in self.history() if not pinned), "")
-            return newest.startswith("prêt ? ") and int(newest[7:]) >= first
+            return self.newest().startswith("prêt ? ") and int(self.newest()[7:]) >= first
         wait_for(recording, "zettly recording copies", timeout=20, interval=0.3)
         # The last probe is still on the clipboard: once it is in, nothing
         # more comes on its own.
-        last = f"prêt ? {self.probes - 1}"
-        wait_for(lambda: next((text for text, pinned in self.history() if not pinned), "") == last,
-                 "the last probe recorded")
+        wait_for(lambda: self.newest() == f"prêt ? {self.probes - 1}", "the last probe recorded")
 
-    def history(self):
+    def read(self, path, empty):
+        """A JSON file of its home; empty while it is missing or half written."""
         try:
-            with open(os.path.join(self.home, "data", "Zettly", "clips.json")) as file:
-                return [(item["fullText"], item["pinned"]) for item in json.load(file)]
-        except (OSError, ValueError):
-            return []
-
-    def settings(self):
-        try:
-            with open(os.path.join(self.home, "config", "Zettly", "defaults.json")) as file:
+            with open(os.path.join(self.home, path)) as file:
                 return json.load(file)
         except (OSError, ValueError):
-            return {}
+            return empty
+
+    def history(self):
+        return [(item["fullText"], item["pinned"]) for item in self.read("data/Zettly/clips.json", [])]
+
+    def settings(self):
+        return self.read("config/Zettly/defaults.json", {})
 
     def windows(self):
         return [int(window) for window in xdotool("search", "--onlyvisible", "--pid", self.process.pid)]
@@ -214,13 +214,13 @@ class PreferencesWindowTest(unittest.TestCase):
         self.zettly.start()
         self.other.activate()
         window = self.zettly.open_preferences()
-        wait_for(lambda: active_window() == window and stacked_above(window, self.other.window), "the preferences in front")
+        wait_for(lambda: in_front(window, self.other.window), "the preferences in front")
         self.assertEqual(geometry(window)[2:], (600, 440))
 
         self.other.activate()
         self.assertEqual(self.zettly.open_preferences(), window)
         self.assertEqual(self.zettly.preferences_windows(), [window])
-        wait_for(lambda: active_window() == window and stacked_above(window, self.other.window), "the preferences in front again")
+        wait_for(lambda: in_front(window, self.other.window), "the preferences in front again")
 
         xdotool("windowsize", "--sync", window, 700, 500)
         xdotool("windowmove", "--sync", window, 120, 140)
