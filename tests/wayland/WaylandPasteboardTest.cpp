@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "WaylandPasteboard.h"
-#include "StuckSource.h"
-#include "WlClipboard.h"
+#include "WaylandPrograms.h"
 
 #include "CaptureLimits.h"
 #include "PasteboardTypes.h"
@@ -49,6 +48,8 @@ TEST(WaylandPasteboard, ReadsWhatAnotherProgramCopies)
         { "Grüße 🌍\nzweite Zeile", QStringLiteral("text/plain;charset=utf-8"), PasteboardTypes::string, true },
         { "https://exemple.org/page", QStringLiteral("text/plain"), PasteboardTypes::string, true },
         { pngBytes(), PasteboardTypes::png, PasteboardTypes::png, true },
+        { "file:///tmp/un%20fichier.txt\r\nfile:///tmp/autre\r\n", PasteboardTypes::uriList, PasteboardTypes::uriList,
+            true },
         { huge, QStringLiteral("text/plain"), PasteboardTypes::string, false },
     };
     for (const auto &copy : copies) {
@@ -133,10 +134,10 @@ TEST(WaylandPasteboard, GivesUpOnAProgramThatNeverAnswers)
 {
     const auto pasteboard = WaylandPasteboard::open();
     ASSERT_TRUE(pasteboard);
-    StuckSource stuck;
+    StuckSource stuck[2];
     for (const bool copyAtOnce : { false, true }) {
         const qint64 before = pasteboard->changeCount();
-        ASSERT_TRUE(stuck.takeClipboard(QStringLiteral("text/plain;charset=utf-8")));
+        ASSERT_TRUE(stuck[copyAtOnce].start());
         if (!copyAtOnce) {
             ASSERT_TRUE(waitForChange(*pasteboard, before));
             EXPECT_TRUE(pasteboard->types().contains(PasteboardTypes::string));

@@ -55,11 +55,11 @@ bool windowManagerBarrier(OtherClient &client)
     return answered;
 }
 
-class PanelControllerTest : public ::testing::Test {
+template<bool withWindowManager> class PanelControllerFixture : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        ASSERT_FALSE(other.cardinals(other.root(), "_NET_SUPPORTING_WM_CHECK").isEmpty()) << "needs a window manager";
+        ASSERT_EQ(other.cardinals(other.root(), "_NET_SUPPORTING_WM_CHECK").isEmpty(), !withWindowManager);
         foreign = other.createWindow("foreign", "Foreign", { 20, 20, 500, 400 });
         ASSERT_TRUE(clicks.isValid());
         controller.setClickMonitor(&clicks);
@@ -138,35 +138,27 @@ protected:
     PanelController controller { new QLabel(QStringLiteral("Zettly")), workspace, workspace };
     QWidget preferences;
 };
+using PanelControllerTest = PanelControllerFixture<true>;
+using PanelControllerNoWmTest = PanelControllerFixture<false>;
 
+// Where, beside the pointer: the placement's own test, and the app's at a
+// corner of the screen.
 TEST_F(PanelControllerTest, OpensBesideThePointerWithTheFocus)
 {
-    // The screen is 1280 × 800; each show comes while the panel is shown.
-    const struct {
-        const char *name;
-        QPoint pointer;
-        QPoint topLeft;
-    } cases[] = {
-        { "room everywhere", { 300, 200 }, { 308, 204 } },
-        { "bottom-right corner", { 1270, 790 }, { 912, 302 } },
-    };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.name);
-        ASSERT_TRUE(showAt(c.pointer));
-        EXPECT_TRUE(controller.isShown());
-        EXPECT_TRUE(eventually([&] { return other.rootGeometry(panelWindow()) == QRect(c.topLeft, QSize(360, 480)); }))
-            << ::testing::PrintToString(other.rootGeometry(panelWindow()));
-        EXPECT_EQ(controller.previousApp(), (RunningApp { foreign, QStringLiteral("Foreign") }));
+    ASSERT_TRUE(showAt({ 300, 200 }));
+    EXPECT_TRUE(controller.isShown());
+    EXPECT_TRUE(eventually([&] { return other.rootGeometry(panelWindow()) == QRect(308, 204, 360, 480); }))
+        << ::testing::PrintToString(other.rootGeometry(panelWindow()));
+    EXPECT_EQ(controller.previousApp(), (RunningApp { foreign, QStringLiteral("Foreign") }));
 
-        // Unmanaged, so with no frame and no taskbar entry, and on top.
-        xcb_connection_t *connection = other.connection();
-        const XcbReply<xcb_get_window_attributes_reply_t> attributes(
-            xcb_get_window_attributes_reply(connection, xcb_get_window_attributes(connection, panelWindow()), nullptr));
-        ASSERT_TRUE(attributes);
-        EXPECT_TRUE(attributes->override_redirect);
-        const QList<xcb_window_t> stack = other.children(other.root());
-        EXPECT_EQ(stack.value(stack.size() - 1), panelWindow());
-    }
+    // Unmanaged, so with no frame and no taskbar entry, and on top.
+    xcb_connection_t *connection = other.connection();
+    const XcbReply<xcb_get_window_attributes_reply_t> attributes(
+        xcb_get_window_attributes_reply(connection, xcb_get_window_attributes(connection, panelWindow()), nullptr));
+    ASSERT_TRUE(attributes);
+    EXPECT_TRUE(attributes->override_redirect);
+    const QList<xcb_window_t> stack = other.children(other.root());
+    EXPECT_EQ(stack.value(stack.size() - 1), panelWindow());
 }
 
 // With a compositor the panel fades; a show during the fade-out wins.
@@ -299,27 +291,14 @@ TEST_F(PanelControllerTest, FocusGoesBackPastOurOwnWindows)
     }
 }
 
-} // namespace
-
 // Without a window manager nothing takes the keys after a click on the bare
 // desktop: the window that had them before the panel gets them back.
-TEST(PanelControllerNoWm, ClickOnTheDesktopGivesTheKeysBack)
+TEST_F(PanelControllerNoWmTest, ClickOnTheDesktopGivesTheKeysBack)
 {
-    OtherClient other;
-    X11Workspace workspace;
-    X11ClickMonitor clicks;
-    ASSERT_TRUE(clicks.isValid());
-    PanelController controller(new QLabel(QStringLiteral("Zettly")), workspace, workspace);
-    controller.setClickMonitor(&clicks);
-    const xcb_window_t foreign = other.createWindow("foreign", "Foreign", { 20, 20, 500, 400 });
-    workspace.activate({ foreign, std::nullopt });
-    ASSERT_TRUE(QTest::qWaitFor([&] { return other.inputFocus() == foreign; }, patience));
-
-    ASSERT_TRUE(XDoTool::moveTo({ 700, 300 }));
-    controller.showNearCursor();
-    const auto panel = xcb_window_t(controller.panel().winId());
-    ASSERT_TRUE(QTest::qWaitFor([&] { return other.inputFocus() == panel; }, patience));
+    ASSERT_TRUE(showAt({ 700, 300 }));
     ASSERT_TRUE(XDoTool::click({ 1200, 780 }));
-    EXPECT_TRUE(QTest::qWaitFor(
-        [&] { return !controller.isShown() && !other.isViewable(panel) && other.inputFocus() == foreign; }, patience));
+    EXPECT_TRUE(panelGoneAndFocusOn(foreign));
+    EXPECT_TRUE(eventually([&] { return !controller.isShown(); }));
 }
+
+} // namespace

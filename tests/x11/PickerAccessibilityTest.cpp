@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What a screen reader finds of the open picker, read over the accessibility
-// bus from the real executable. Runs under with-accessibility.sh.
+// bus from the real executable. Runs under with-xvfb.sh --accessibility.
 #include "RunningZettly.h"
 #include "TestPrograms.h"
 
@@ -21,17 +21,12 @@ QString showingTree()
     return QString::fromUtf8(dump.readAllStandardOutput());
 }
 
-bool pressShortcut()
-{
-    return XDoTool::key({ QStringLiteral("ctrl+super+v") });
-}
-
 // Opens the picker once zettly is on the bus; the tree then, once it holds
 // the line expected.
 QString openPickerUntil(const QString &expected)
 {
     QString tree;
-    if (QTest::qWaitFor([] { return !showingTree().isEmpty(); }, 20000) && pressShortcut())
+    if (QTest::qWaitFor([] { return !showingTree().isEmpty(); }, 20000) && XDoTool::pressShortcut())
         std::ignore = QTest::qWaitFor([&] { return (tree = showingTree()).contains(expected); }, 20000);
     return tree;
 }
@@ -49,7 +44,7 @@ TEST(PickerAccessibility, RowsHintsAndCountAreRead)
         { "label 'Aucune copie pour le moment'", "label 'Copie quelque chose pour commencer'", "label '0'" })
         EXPECT_TRUE(tree.contains(QString::fromUtf8(line))) << line << "\n" << tree.toStdString();
     EXPECT_FALSE(tree.contains(QStringLiteral("list item"))) << tree.toStdString();
-    ASSERT_TRUE(pressShortcut());
+    ASSERT_TRUE(XDoTool::pressShortcut());
 
     ASSERT_TRUE(zettly.waitUntilRecording());
     XClip::copy("première copie");

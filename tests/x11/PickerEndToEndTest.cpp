@@ -43,18 +43,18 @@ protected:
 
     bool openPanel()
     {
-        if (!XDoTool::moveTo(pointer) || !XDoTool::key({ QStringLiteral("ctrl+super+v") }))
+        if (!XDoTool::moveTo(pointer) || !XDoTool::pressShortcut())
             return false;
         // Keys pressed before the panel has the focus go elsewhere.
         return eventually([&] {
-            panel = RunningZettly::panelOf(display, *app);
+            panel = panelOf(display, *app);
             return panel && display.cardinals(display.inputFocus(), "_NET_WM_PID").value(0) == app->processId();
         });
     }
 
     bool panelGone() const
     {
-        return eventually([&] { return !RunningZettly::panelOf(display, *app); });
+        return eventually([&] { return !panelOf(display, *app); });
     }
 
     QPoint rowCenter(int row) const
@@ -137,7 +137,7 @@ TEST_F(PickerEndToEnd, EscapeAndCopyOnlyPasteNothing)
     ASSERT_TRUE(XDoTool::key(
         { QStringLiteral("Down"), QStringLiteral("Down"), QStringLiteral("Down"), QStringLiteral("Return") }));
     EXPECT_TRUE(clipboardHolds(second));
-    EXPECT_TRUE(RunningZettly::panelOf(display, *app));
+    EXPECT_TRUE(panelOf(display, *app));
 
     ASSERT_TRUE(XDoTool::key({ QStringLiteral("Escape") }));
     EXPECT_TRUE(panelGone());

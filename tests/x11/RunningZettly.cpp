@@ -2,11 +2,21 @@
 #include "RunningZettly.h"
 
 #include "HistoryCodec.h"
-#include "OtherClient.h"
-#include "TestPrograms.h"
 
 #include <QDir>
 #include <QFile>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+
+namespace {
+
+// Long enough for a program starting on a busy machine.
+constexpr int patience = 10'000;
+
+} // namespace
 
 RunningZettly::RunningZettly()
     : m_environment(QProcessEnvironment::systemEnvironment())
@@ -18,6 +28,7 @@ RunningZettly::RunningZettly()
     m_environment.insert(QStringLiteral("XDG_DATA_HOME"), m_home.filePath(QStringLiteral("data")));
     m_environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home.filePath(QStringLiteral("config")));
     m_environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_home.filePath(QStringLiteral("runtime")));
+    m_environment.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("zettly.clipboard.debug=true"));
 }
 
 RunningZettly::~RunningZettly()
@@ -27,6 +38,11 @@ RunningZettly::~RunningZettly()
         if (!process->waitForFinished(5000))
             process->kill();
         delete process;
+    }
+    if (::testing::Test::HasFailure()) {
+        QFile log(m_home.filePath(QStringLiteral("zettly.log")));
+        if (log.open(QIODevice::ReadOnly))
+            std::fprintf(stderr, "zettly's log:\n%s", log.readAll().constData());
     }
 }
 
@@ -43,29 +59,49 @@ QProcess &RunningZettly::start()
     auto *process = new QProcess;
     m_processes.append(process);
     process->setProcessEnvironment(m_environment);
-    process->setProcessChannelMode(QProcess::ForwardedChannels);
+    process->setProcessChannelMode(QProcess::ForwardedOutputChannel);
+    process->setStandardErrorFile(m_home.filePath(QStringLiteral("zettly.log")), QIODevice::Append);
     process->start(QStringLiteral(ZETTLY_APP_PATH), {});
     process->waitForStarted();
     return *process;
 }
 
+std::pair<int, QByteArray> RunningZettly::run(const QStringList &arguments, const QStringList &unset) const
+{
+    QProcessEnvironment environment = m_environment;
+    for (const QString &name : unset)
+        environment.remove(name);
+    QProcess command;
+    command.setProcessEnvironment(environment);
+    command.start(QStringLiteral(ZETTLY_APP_PATH), arguments);
+    const bool ended = command.waitForFinished(patience);
+    return { ended ? command.exitCode() : -1, command.readAllStandardError().trimmed() };
+}
+
 bool RunningZettly::waitUntilRecording()
 {
     const int first = m_probes + 1;
+    const auto landed = [&] {
+        const QString newest = savedTexts().value(0);
+        return newest.startsWith(QStringLiteral("prêt ? ")) && newest.mid(7).toInt() >= first;
+    };
     return QTest::qWaitFor(
         [&] {
-            XClip::copy("prêt ? " + QByteArray::number(++m_probes));
-            QTest::qWait(200);
-            const QString newest = savedTexts().value(0);
-            return newest.startsWith(QStringLiteral("prêt ? ")) && newest.mid(7).toInt() >= first;
+            copyAsAnotherProgram("prêt ? " + QByteArray::number(++m_probes));
+            return QTest::qWaitFor(landed, 300);
         },
-        15000);
+        20'000);
+}
+
+QList<ClipItem> RunningZettly::savedItems() const
+{
+    return HistoryCodec::decode(historyFile()).value_or(QList<ClipItem>());
 }
 
 QStringList RunningZettly::savedTexts() const
 {
     QStringList texts;
-    for (const ClipItem &item : HistoryCodec::decode(historyFile()).value_or(QList<ClipItem>()))
+    for (const ClipItem &item : savedItems())
         texts.append(item.fullText.value_or(item.preview));
     return texts;
 }
@@ -76,16 +112,17 @@ QByteArray RunningZettly::historyFile() const
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-std::optional<QRect> RunningZettly::panelOf(const OtherClient &display, const QProcess &app)
-{
-    for (const QRect &window : display.visibleWindowsOf(app.processId())) {
-        if (window.size() == QSize(360, 480))
-            return window;
-    }
-    return std::nullopt;
-}
-
 bool RunningZettly::waitForNewest(const QString &text) const
 {
-    return eventually([&] { return savedTexts().value(0) == text; });
+    return QTest::qWaitFor([&] { return savedTexts().value(0) == text; }, patience);
+}
+
+bool RunningZettly::waitForLog(const QByteArray &text) const
+{
+    return QTest::qWaitFor(
+        [&] {
+            QFile log(m_home.filePath(QStringLiteral("zettly.log")));
+            return log.open(QIODevice::ReadOnly) && log.readAll().contains(text);
+        },
+        5000);
 }

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "TestPrograms.h"
 
+#include "OtherClient.h"
+#include "RunningZettly.h"
+
 #include <QCursor>
 
 #include <gtest/gtest.h>
@@ -18,6 +21,20 @@ bool useLayouts(const QString &layouts, const QString &variants)
     return runProgram(QStringLiteral("setxkbmap"),
         { QStringLiteral("-model"), QStringLiteral("pc105"), QStringLiteral("-layout"), layouts,
             QStringLiteral("-variant"), variants, QStringLiteral("-option"), {} });
+}
+
+std::optional<QRect> panelOf(const OtherClient &display, const QProcess &app)
+{
+    for (const QRect &window : display.visibleWindowsOf(app.processId())) {
+        if (window.size() == QSize(360, 480))
+            return window;
+    }
+    return std::nullopt;
+}
+
+void copyAsAnotherProgram(const QByteArray &text)
+{
+    XClip::copy(text);
 }
 
 void XClip::copy(const QByteArray &bytes, const QString &target)
@@ -51,6 +68,11 @@ QByteArray XClip::paste(const QString &target)
 bool XDoTool::key(const QStringList &keys)
 {
     return runProgram(QStringLiteral("xdotool"), QStringList { QStringLiteral("key") } + keys);
+}
+
+bool XDoTool::pressShortcut()
+{
+    return key({ QStringLiteral("ctrl+super+v") });
 }
 
 bool XDoTool::type(const QString &text)

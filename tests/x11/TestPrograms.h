@@ -7,10 +7,14 @@
 
 #include <QPoint>
 #include <QProcess>
+#include <QRect>
 #include <QStringList>
 #include <QTest>
 
+#include <optional>
 #include <ostream>
+
+class OtherClient;
 
 // Long enough for a window manager or a program starting on a busy machine.
 constexpr int patience = 10'000;
@@ -27,6 +31,8 @@ template<typename Condition> bool eventually(Condition condition)
 bool runProgram(const QString &program, const QStringList &arguments);
 // Replaces the server's keymap, dropping the options of earlier tests.
 bool useLayouts(const QString &layouts, const QString &variants = {});
+// The picker panel of that process as it is on the screen, if it is.
+std::optional<QRect> panelOf(const OtherClient &display, const QProcess &app);
 
 inline void PrintTo(const RunningApp &app, std::ostream *out)
 {
@@ -55,6 +61,8 @@ bool key(const QStringList &keys);
 bool type(const QString &text);
 bool moveTo(QPoint position);
 bool click(QPoint position, int button = 1);
+// Zettly's shortcut, Control+Super+V.
+bool pressShortcut();
 
 } // namespace XDoTool
 

@@ -7,17 +7,6 @@
 
 #include <csignal>
 
-namespace {
-
-bool pressShortcut()
-{
-    return XDoTool::key({ QStringLiteral("ctrl+super+v") });
-}
-
-constexpr auto panelOf = &RunningZettly::panelOf;
-
-} // namespace
-
 // One copy per session: a second one ends at once and quietly, the first
 // goes on. The shortcut opens the first one's panel beside the pointer, inside
 // the screen; a click on the bare desktop, which moves no focus, hides it. A
@@ -39,7 +28,7 @@ TEST(ZettlyApp, RunsOnceAndRecoversFromACrash)
     // Xvfb's screen is 1280 × 800: no room below or to the right, so above
     // the pointer, 8 px inside.
     ASSERT_TRUE(XDoTool::moveTo({ 1270, 790 }));
-    ASSERT_TRUE(pressShortcut());
+    ASSERT_TRUE(XDoTool::pressShortcut());
     EXPECT_TRUE(eventually([&] { return panelOf(other, first).value_or(QRect()).topLeft() == QPoint(912, 302); }));
     ASSERT_TRUE(XDoTool::click({ 200, 700 }));
     EXPECT_TRUE(eventually([&] { return !panelOf(other, first); }));
@@ -50,7 +39,7 @@ TEST(ZettlyApp, RunsOnceAndRecoversFromACrash)
     ASSERT_TRUE(other.grabKey(55, XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_4));
     QProcess &next = zettly.start();
     ASSERT_TRUE(zettly.waitUntilRecording());
-    ASSERT_TRUE(pressShortcut());
+    ASSERT_TRUE(XDoTool::pressShortcut());
     // The press went to the program holding the keys: a key grabbed by one
     // client reaches no other.
     EXPECT_TRUE(eventually([&] { return other.takeEvents().contains(XCB_KEY_PRESS); }));
@@ -63,24 +52,18 @@ TEST(ZettlyApp, RunsOnceAndRecoversFromACrash)
 TEST(ZettlyApp, CommandLineDrivesTheRunningPanel)
 {
     RunningZettly zettly;
-    const auto run = [&](const QString &option, bool withDisplay = true) {
-        QProcessEnvironment environment = zettly.environment();
-        if (!withDisplay)
-            environment.remove(QStringLiteral("DISPLAY"));
-        QProcess command;
-        command.setProcessEnvironment(environment);
-        command.start(QStringLiteral(ZETTLY_APP_PATH), option.isEmpty() ? QStringList() : QStringList { option });
-        const bool ended = command.waitForFinished(patience);
-        return std::make_pair(ended ? command.exitCode() : -1, command.readAllStandardError().trimmed());
+    const auto run = [&](const char *option, const QStringList &unset = {}) {
+        return zettly.run(*option ? QStringList { QString::fromLatin1(option) } : QStringList(), unset);
     };
     const struct {
         const char *option;
-        bool withDisplay;
+        QStringList unset;
         const char *said;
-    } failures[] = { { "--toggle", true, "zettly : " }, { "--inconnue", true, "zettly : " }, { "", false, "DISPLAY" } };
+    } failures[] = { { "--toggle", {}, "zettly : " }, { "--inconnue", {}, "zettly : " },
+        { "", { QStringLiteral("DISPLAY") }, "DISPLAY" } };
     for (const auto &failure : failures) {
-        SCOPED_TRACE(failure.withDisplay ? failure.option : "without a display");
-        const auto [exitCode, error] = run(QString::fromLatin1(failure.option), failure.withDisplay);
+        SCOPED_TRACE(*failure.option ? failure.option : "without a display");
+        const auto [exitCode, error] = run(failure.option, failure.unset);
         EXPECT_EQ(exitCode, 1);
         EXPECT_EQ(error.count('\n'), 0) << error.constData();
         EXPECT_TRUE(error.startsWith("zettly : ") && error.contains(failure.said)) << error.constData();
@@ -105,7 +88,7 @@ TEST(ZettlyApp, CommandLineDrivesTheRunningPanel)
         { "--toggle", false },
     };
     for (const auto &step : steps) {
-        const auto [exitCode, error] = run(QString::fromLatin1(step.option));
+        const auto [exitCode, error] = run(step.option);
         EXPECT_EQ(exitCode, 0) << step.option << ' ' << error.constData();
         EXPECT_TRUE(eventually([&] { return panelOf(display, app).has_value() == step.shown; })) << step.option;
     }

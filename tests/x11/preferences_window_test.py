@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """The real zettly's preferences window, opened from the tray icon (trayer
 hosts it) under openbox, driven with real keys and clicks and read through the
-accessibility bus. Run inside with-xvfb.sh --wm and with-accessibility.sh:
+accessibility bus. Run inside with-xvfb.sh --wm --accessibility:
 preferences_window_test.py <path of zettly>"""
 import base64
 import json
