@@ -107,10 +107,7 @@ TEST_F(ContentViewTest, KeysActWhateverTheModifiers)
         press(*view, row.keys);
         EXPECT_TRUE(queryFollowed(*view));
         EXPECT_EQ(view->state().selection(), row.selection);
-        QStringList shown;
-        for (const ClipItem &item : stores.back()->items())
-            shown.append(item.preview + (item.pinned ? u"*"_s : QString()));
-        EXPECT_EQ(shown, row.previews);
+        EXPECT_EQ(::previews(stores.back()->items()), row.previews);
         EXPECT_EQ(field(*view).text(), row.field);
         EXPECT_EQ(pasted(), row.pasted);
     }

@@ -24,11 +24,6 @@ private:
     mode_t m_previous;
 };
 
-ClipItem entry(const QString &text)
-{
-    return ClipItem { .kind = ClipKind::Text, .preview = text, .fullText = text };
-}
-
 } // namespace
 
 using HistoryFolderTest = TestFolder;
@@ -45,7 +40,7 @@ TEST_F(HistoryFolderTest, FirstStartMakesPrivateFoldersAndSavesPrivately)
     EXPECT_TRUE(folder.load().isEmpty());
     EXPECT_FALSE(QFile::exists(folder.dbPath())) << "loading alone must not write";
 
-    ASSERT_TRUE(folder.save({ entry(QStringLiteral("a")) }));
+    ASSERT_TRUE(folder.save({ textClip(QStringLiteral("a")) }));
     EXPECT_EQ(modeOf(folder.dbPath()), 0600u);
     // Exactly the file and the images folder: no temporary left behind.
     EXPECT_EQ(QDir(dir).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden),
@@ -76,7 +71,7 @@ TEST_F(HistoryFolderTest, UndecodableFileIsKeptAsideBeforeAnySave)
 
     // The first save replaces clips.json but leaves the copy alone; a second
     // unreadable load the same second does not overwrite the first copy.
-    ASSERT_TRUE(folder.save({ entry(QStringLiteral("new")) }));
+    ASSERT_TRUE(folder.save({ textClip(QStringLiteral("new")) }));
     EXPECT_EQ(readAll(copy), damaged);
     writeAll(folder.dbPath(), "not json");
     EXPECT_TRUE(folder.load().isEmpty());
@@ -93,7 +88,7 @@ TEST_F(HistoryFolderTest, UndecodableFileIsKeptAsideBeforeAnySave)
 TEST_F(HistoryFolderTest, FailedSaveKeepsThePreviousFile)
 {
     HistoryFolder folder(path(QStringLiteral("Zettly")));
-    ASSERT_TRUE(folder.save({ entry(QStringLiteral("kept")) }));
+    ASSERT_TRUE(folder.save({ textClip(QStringLiteral("kept")) }));
     const QByteArray before = readAll(folder.dbPath());
 
     // A file size limit makes the write fail even for root, like a full disk.
@@ -103,7 +98,7 @@ TEST_F(HistoryFolderTest, FailedSaveKeepsThePreviousFile)
     struct rlimit small = previous;
     small.rlim_cur = 4096;
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
-    const bool saved = folder.save({ entry(QString(100000, u'x')) });
+    const bool saved = folder.save({ textClip(QString(100000, u'x')) });
     ::setrlimit(RLIMIT_FSIZE, &previous);
     std::signal(SIGXFSZ, previousHandler);
 

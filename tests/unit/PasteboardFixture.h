@@ -68,13 +68,7 @@ protected:
 
     QStringList imageFiles() const { return QDir(store.imagesDirPath()).entryList(QDir::Files); }
 
-    QStringList previews() const
-    {
-        QStringList result;
-        for (const ClipItem &item : store.items())
-            result.append(item.preview);
-        return result;
-    }
+    QStringList previews() const { return ::previews(store.items()); }
 
     AppSettings settings;
     ClipboardStore store;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "ClipItem.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -50,8 +52,24 @@ private:
     QTemporaryDir m_dir;
 };
 
-// Readable failure messages for texts.
+// A text entry whose preview is its whole text.
+inline ClipItem textClip(const QString &text, double createdAt = ClipItem::now())
+{
+    return { .kind = ClipKind::Text, .preview = text, .fullText = text, .createdAt = createdAt };
+}
+
+// The entries' previews in order, a pinned one's marked with '*'.
+inline QStringList previews(const QList<ClipItem> &items)
+{
+    QStringList result;
+    for (const ClipItem &item : items)
+        result.append(item.preview + (item.pinned ? QStringLiteral("*") : QString()));
+    return result;
+}
+
+// Readable failure messages for texts and entries.
 inline void PrintTo(const QString &text, std::ostream *out)
 {
     *out << '"' << text.toStdString() << '"';
 }
+inline void PrintTo(const ClipItem &item, std::ostream *out) { *out << item.toJson().constData(); }
