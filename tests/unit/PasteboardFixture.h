@@ -38,7 +38,8 @@ protected:
     static void settle() { QCoreApplication::processEvents(); }
 
     // Another program's copy offering these types, in this order, with these bytes.
-    static ClipboardSnapshot offer(std::initializer_list<std::pair<QString, QByteArray>> types)
+    using Offered = QList<std::pair<QString, QByteArray>>;
+    static ClipboardSnapshot offer(const Offered &types)
     {
         ClipboardSnapshot snapshot;
         for (const auto &[type, bytes] : types) {

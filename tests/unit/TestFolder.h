@@ -72,4 +72,7 @@ inline void PrintTo(const QString &text, std::ostream *out)
 {
     *out << '"' << text.toStdString() << '"';
 }
-inline void PrintTo(const ClipItem &item, std::ostream *out) { *out << item.toJson().constData(); }
+inline void PrintTo(const ClipItem &item, std::ostream *out)
+{
+    *out << item.toJson().constData();
+}
