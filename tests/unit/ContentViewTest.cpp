@@ -51,16 +51,6 @@ protected:
 
     QString pasted() const { return pasteboard.string(PasteboardTypes::string).value_or(QString()); }
 
-    static QStringList visibleTexts(const ContentView &view)
-    {
-        QStringList texts;
-        for (const QLabel *label : view.findChildren<QLabel *>()) {
-            if (label->isVisible() && !label->text().isEmpty())
-                texts.append(label->text());
-        }
-        return texts;
-    }
-
     std::vector<std::unique_ptr<ClipboardStore>> stores;
 };
 
@@ -161,7 +151,11 @@ TEST_F(ContentViewTest, SaysWhyTheListIsEmptyAndCountsTheWholeHistory)
         const auto view = picker(u"row%1"_s.arg(++number), row.history);
         QTest::keyClicks(&field(*view), row.query);
         ASSERT_TRUE(queryFollowed(*view));
-        QStringList texts = visibleTexts(*view);
+        QStringList texts;
+        for (const QLabel *label : view->findChildren<QLabel *>()) {
+            if (label->isVisible() && !label->text().isEmpty())
+                texts.append(label->text());
+        }
         texts.sort();
         QStringList expected = hints + row.texts;
         expected.sort();

@@ -4,33 +4,18 @@
 #include "TestFolder.h"
 
 #include <QDir>
+#include <QScopeGuard>
 
 #include <csignal>
 
 #include <sys/resource.h>
 
-namespace {
-
-// Restores the umask when a test ends, however it ends.
-class UmaskGuard {
-public:
-    explicit UmaskGuard(mode_t mask)
-        : m_previous(::umask(mask))
-    {
-    }
-    ~UmaskGuard() { ::umask(m_previous); }
-
-private:
-    mode_t m_previous;
-};
-
-} // namespace
-
 using HistoryFolderTest = TestFolder;
 
 TEST_F(HistoryFolderTest, FirstStartMakesPrivateFoldersAndSavesPrivately)
 {
-    const UmaskGuard openUmask(0);
+    // An open umask, restored however the test ends.
+    const auto restoreUmask = qScopeGuard([previous = ::umask(0)] { ::umask(previous); });
     const QString dir = path(QStringLiteral("deep/Zettly"));
     HistoryFolder folder(dir);
     EXPECT_TRUE(QFileInfo(folder.imagesDirPath()).isDir());
