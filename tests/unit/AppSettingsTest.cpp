@@ -54,7 +54,7 @@ TEST_F(AppSettingsTest, FirstAssignmentWritesAllFourKeysPrivately)
     AppSettings reread(file());
     backdate(file());
     reread.setHistoryLimit(reread.historyLimit());
-    EXPECT_GT(modified(file()), QDateTime::currentDateTime().addSecs(-60));
+    EXPECT_GT(QFileInfo(file()).lastModified(), QDateTime::currentDateTime().addSecs(-60));
     EXPECT_EQ(stored().value(u"other.key"_s).toString(), u"kept"_s);
 
     // Values persist across instances; no range is enforced.

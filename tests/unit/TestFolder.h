@@ -38,8 +38,6 @@ protected:
         return ::stat(QFile::encodeName(path).constData(), &info) == 0 ? (info.st_mode & 07777) : 0;
     }
 
-    static QDateTime modified(const QString &path) { return QFileInfo(path).lastModified(); }
-
     // Backdates a file, so that a later write shows in its time.
     static void backdate(const QString &path)
     {
@@ -55,7 +53,11 @@ private:
 // A text entry whose preview is its whole text.
 inline ClipItem textClip(const QString &text, double createdAt = ClipItem::now())
 {
-    return { .kind = ClipKind::Text, .preview = text, .fullText = text, .createdAt = createdAt };
+    // Assigned, not aggregate-initialised: g++ warns of every optional left out.
+    ClipItem item;
+    item.fullText = item.preview = text;
+    item.createdAt = createdAt;
+    return item;
 }
 
 // The entries' previews in order, a pinned one's marked with '*'.
