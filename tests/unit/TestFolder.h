@@ -74,7 +74,9 @@ inline void PrintTo(const QString &text, std::ostream *out)
 {
     *out << '"' << text.toStdString() << '"';
 }
+// Cut short: a history near its byte bound holds megabytes of text.
 inline void PrintTo(const ClipItem &item, std::ostream *out)
 {
-    *out << item.toJson().constData();
+    const QByteArray json = item.toJson();
+    *out << json.left(300).constData() << (json.size() > 300 ? "…" : "");
 }
