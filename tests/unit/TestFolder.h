@@ -38,12 +38,14 @@ protected:
         return ::stat(QFile::encodeName(path).constData(), &info) == 0 ? (info.st_mode & 07777) : 0;
     }
 
-    // Backdates a file, so that a later write shows in its time.
-    static void backdate(const QString &path)
+    // Backdates a file by a day, so that a later write shows in its time;
+    // returns that time.
+    static QDateTime backdate(const QString &path)
     {
+        const QDateTime dayBefore = QDateTime::currentDateTime().addDays(-1);
         QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-        file.setFileTime(QDateTime::currentDateTime().addDays(-1), QFileDevice::FileModificationTime);
+        EXPECT_TRUE(file.open(QIODevice::ReadWrite) && file.setFileTime(dayBefore, QFileDevice::FileModificationTime));
+        return dayBefore;
     }
 
 private:
