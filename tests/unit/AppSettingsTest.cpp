@@ -52,9 +52,9 @@ TEST_F(AppSettingsTest, FirstAssignmentWritesAllFourKeysPrivately)
     withForeign.insert(u"other.key"_s, u"kept"_s);
     store(withForeign);
     AppSettings reread(file());
-    backdate(file());
+    const QDateTime backdated = backdate(file());
     reread.setHistoryLimit(reread.historyLimit());
-    EXPECT_GT(modified(file()), QDateTime::currentDateTime().addSecs(-60));
+    EXPECT_GT(QFileInfo(file()).lastModified(), backdated);
     EXPECT_EQ(stored().value(u"other.key"_s).toString(), u"kept"_s);
 
     // Values persist across instances; no range is enforced.
@@ -89,12 +89,7 @@ TEST_F(AppSettingsTest, UnusableStoredValuesFallBack)
         { .name = "limit as text of digits", .values = { { limit, u"50"_s } }, .limit = 50 },
         { .name = "limit as words", .values = { { limit, u"many"_s } } },
         { .name = "limit as fraction", .values = { { limit, 75.9 } }, .limit = 75 },
-        { .name = "hotkey without modifiers", .values = { { hotkey, hotkeyData(R"({"keyCode":49})") } } },
-        { .name = "hotkey members reordered",
-            .values = { { hotkey, hotkeyData(R"({"modifiers":2304,"keyCode":49})") } },
-            .hotkey = { 49, 2304 } },
-        { .name = "hotkey out of range",
-            .values = { { hotkey, hotkeyData(R"({"keyCode":4294967296,"modifiers":1})") } } },
+        // What the data may hold is HotKeyConfig's rule, tested there.
         { .name = "hotkey stored as a string", .values = { { hotkey, uR"({"keyCode":1,"modifiers":1})"_s } } },
         { .name = "hotkey data not base64", .values = { { hotkey, QJsonObject { { u"data"_s, u"%%%"_s } } } } },
         { .name = "booleans as strings", .values = { { autoPaste, u"false"_s }, { ignore, 0 } } },

@@ -1,19 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ClipItem.h"
 #include "HistoryCodec.h"
+#include "TestFolder.h"
 
 #include <QSet>
 
 #include <functional>
 
-#include <gtest/gtest.h>
-
 namespace {
-
-ClipItem textItem(const QString &text)
-{
-    return ClipItem { .kind = ClipKind::Text, .preview = text, .fullText = text };
-}
 
 std::optional<ClipItem> decodeOne(const QByteArray &json)
 {
@@ -52,13 +46,7 @@ TEST(ClipItemJsonTest, WritesTheExactCompactObject)
     for (const char *absent : { "fullText", "sourceApp", "imageRelPath", "null" })
         EXPECT_FALSE(written.contains(absent)) << absent;
     EXPECT_TRUE(written.contains(R"("filePaths":[])"));
-    const auto back = decodeOne(written);
-    ASSERT_TRUE(back);
-    ASSERT_TRUE(back->filePaths);
-    EXPECT_TRUE(back->filePaths->isEmpty());
-    ClipItem withoutPaths = files;
-    withoutPaths.filePaths.reset();
-    EXPECT_FALSE(files == withoutPaths);
+    EXPECT_EQ(decodeOne(written), files);
 }
 
 TEST(ClipItemJsonTest, RoundTripKeepsEveryFieldExactly)
@@ -92,13 +80,8 @@ TEST(ClipItemJsonTest, RoundTripKeepsEveryFieldExactly)
     const QByteArray bytes = HistoryCodec::encode(items);
     EXPECT_FALSE(bytes.contains('\n'));
     EXPECT_FALSE(bytes.contains(": "));
-    const auto decoded = HistoryCodec::decode(bytes);
-    ASSERT_TRUE(decoded);
-    ASSERT_EQ(decoded->size(), items.size());
-    for (qsizetype i = 0; i < items.size(); ++i) {
-        EXPECT_EQ(decoded->at(i), items.at(i)) << i;
-        EXPECT_EQ(decoded->at(i).createdAt, items.at(i).createdAt) << i;
-    }
+    // Equality compares createdAt to the exact instant.
+    EXPECT_EQ(HistoryCodec::decode(bytes), items);
     EXPECT_EQ(HistoryCodec::encode({}), QByteArray("[]"));
 }
 
@@ -175,7 +158,7 @@ TEST(ClipItemJsonTest, ReadingIsAllOrNothing)
 
 TEST(ClipItemEqualityTest, CanonicalTextsAreEqualAndHashAlike)
 {
-    ClipItem composed = textItem(QStringLiteral("caf\u00e9"));
+    ClipItem composed = textClip(QStringLiteral("caf\u00e9"));
     ClipItem decomposed = composed;
     decomposed.preview = QStringLiteral("cafe\u0301");
     decomposed.fullText = QStringLiteral("cafe\u0301");
@@ -199,8 +182,6 @@ TEST(ClipItemEqualityTest, CanonicalTextsAreEqualAndHashAlike)
         EXPECT_NE(qHash(composed, 0), qHash(other, 0)) << other.toJson().constData();
     }
 
-    // Two captures of the same text are never equal.
-    EXPECT_FALSE(textItem(QStringLiteral("x")) == textItem(QStringLiteral("x")));
     ClipItem otherId = composed;
     otherId.id = QUuid::createUuid();
     EXPECT_EQ((QSet<ClipItem> { composed, decomposed, otherId }).size(), 2);

@@ -13,19 +13,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-ClipItem text(const QString &value, double createdAt)
-{
-    return { .kind = ClipKind::Text, .preview = value, .fullText = value, .createdAt = createdAt };
-}
-
-QStringList previews(const QList<ClipItem> &items)
-{
-    QStringList result;
-    for (const ClipItem &item : items)
-        result.append(item.preview);
-    return result;
-}
-
 class ClipListModelTest : public TestFolder {
 protected:
     ClipListModelTest()
@@ -40,7 +27,7 @@ protected:
     {
         QList<ClipItem> items;
         for (int i = limit - 1; i >= 0; --i)
-            items.append(text(u"%1 %2"_s.arg(i % 2 ? u"other"_s : u"match"_s).arg(i), i));
+            items.append(textClip(u"%1 %2"_s.arg(i % 2 ? u"other"_s : u"match"_s).arg(i), i));
         HistoryFolder(path(name)).save(items);
         return std::make_unique<ClipboardStore>(settings, path(name));
     }
@@ -60,12 +47,12 @@ TEST_F(ClipListModelTest, FollowsEachStoreChangeRowByRow)
         bool reloads;
     };
     const QList<Row> rows {
-        { "a matching copy", [](ClipboardStore &s) { s.add(text(u"match new"_s, 1e6)); }, false },
-        { "another copy", [](ClipboardStore &s) { s.add(text(u"other new"_s, 1e6)); }, false },
+        { "a matching copy", [](ClipboardStore &s) { s.add(textClip(u"match new"_s, 1e6)); }, false },
+        { "another copy", [](ClipboardStore &s) { s.add(textClip(u"other new"_s, 1e6)); }, false },
         { "pin a listed entry", [&](ClipboardStore &s) { pinAt(s, 10); }, false },
         { "pin an unlisted entry", [&](ClipboardStore &s) { pinAt(s, 11); }, false },
         { "unpin", [&](ClipboardStore &s) { pinAt(s, 0), pinAt(s, 0); }, false },
-        { "a copy behind pinned entries", [&](ClipboardStore &s) { pinAt(s, 30), s.add(text(u"match x"_s, 2e6)); },
+        { "a copy behind pinned entries", [&](ClipboardStore &s) { pinAt(s, 30), s.add(textClip(u"match x"_s, 2e6)); },
             false },
         { "remove a listed entry", [](ClipboardStore &s) { s.remove(s.items()[4].id); }, false },
         { "remove an unlisted entry", [](ClipboardStore &s) { s.remove(s.items()[5].id); }, false },

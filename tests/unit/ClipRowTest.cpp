@@ -21,6 +21,8 @@ ClipItem files(const QStringList &paths)
 TEST(ClipRow, SubtitleAndBadgeByKindAndExtension)
 {
     const QColor invalid;
+    const ClipRowContent::Symbol pdf { u"x-office-document-symbolic"_s, QColor::fromRgbF(0.85f, 0.18f, 0.18f) };
+    const ClipRowContent::Symbol plain { u"text-x-generic-symbolic"_s, QColor::fromRgbF(0.4f, 0.55f, 0.45f) };
     struct Row {
         const char *name;
         ClipItem item;
@@ -35,20 +37,14 @@ TEST(ClipRow, SubtitleAndBadgeByKindAndExtension)
             { u"image-x-generic-symbolic"_s, QColor(0xe03a8c) } },
         { "colour", { .kind = ClipKind::Color, .preview = u"#FF8800"_s }, {},
             { u"applications-graphics-symbolic"_s, QColor(0xff7800) } },
-        { "one PDF in capitals: extension looked up in lower case", files({ u"/gone/R.PDF"_s }), u".PDF"_s,
-            { u"x-office-document-symbolic"_s, QColor::fromRgbF(0.85f, 0.18f, 0.18f) } },
+        { "one PDF in capitals: extension looked up in lower case", files({ u"/gone/R.PDF"_s }), u".PDF"_s, pdf },
         { "three PDFs, mixed case", files({ u"/gone/a.pdf"_s, u"/gone/b.PDF"_s, u"/gone/c.pdf"_s }),
-            u"3 fichiers · .pdf"_s, { u"x-office-document-symbolic"_s, QColor::fromRgbF(0.85f, 0.18f, 0.18f) } },
-        { "two kinds of files", files({ u"/gone/a.pdf"_s, u"/gone/b.txt"_s }), u"2 fichiers"_s,
-            { u"x-office-document-symbolic"_s, QColor::fromRgbF(0.85f, 0.18f, 0.18f) } },
-        { "two files without extension", files({ u"/gone/a"_s, u"/gone/b"_s }), u"2 fichiers"_s,
-            { u"text-x-generic-symbolic"_s, QColor::fromRgbF(0.4f, 0.55f, 0.45f) } },
-        { "no extension: no dot, the plain document", files({ u"/gone/Makefile"_s }), {},
-            { u"text-x-generic-symbolic"_s, QColor::fromRgbF(0.4f, 0.55f, 0.45f) } },
-        { "a dot in a folder name is no extension", files({ u"/gone/v1.2/README"_s }), {},
-            { u"text-x-generic-symbolic"_s, QColor::fromRgbF(0.4f, 0.55f, 0.45f) } },
-        { "unknown extension", files({ u"/gone/a.xyz"_s }), u".XYZ"_s,
-            { u"text-x-generic-symbolic"_s, QColor::fromRgbF(0.4f, 0.55f, 0.45f) } },
+            u"3 fichiers · .pdf"_s, pdf },
+        { "two kinds of files", files({ u"/gone/a.pdf"_s, u"/gone/b.txt"_s }), u"2 fichiers"_s, pdf },
+        { "two files without extension", files({ u"/gone/a"_s, u"/gone/b"_s }), u"2 fichiers"_s, plain },
+        { "no extension: no dot, the plain document", files({ u"/gone/Makefile"_s }), {}, plain },
+        { "a dot in a folder name is no extension", files({ u"/gone/v1.2/README"_s }), {}, plain },
+        { "unknown extension", files({ u"/gone/a.xyz"_s }), u".XYZ"_s, plain },
         { "text file: the secondary colour", files({ u"/gone/notes.txt"_s }), u".TXT"_s,
             { u"text-x-generic-symbolic"_s, invalid } },
         { "shell script", files({ u"/gone/run.zsh"_s }), u".ZSH"_s,
@@ -64,18 +60,15 @@ TEST(ClipRow, SubtitleAndBadgeByKindAndExtension)
     }
 }
 
-TEST(ClipRow, FileIconOnlyWhileTheFirstPathExists)
-{
-    QTemporaryDir dir;
-    const QString pdf = dir.filePath(u"Rapport.PDF"_s);
-    QFile file(pdf);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("%PDF-1.4\n");
-    file.close();
+using ClipRowFiles = TestFolder;
 
+TEST_F(ClipRowFiles, FileIconOnlyWhileTheFirstPathExists)
+{
+    const QString pdf = path(u"Rapport.PDF"_s);
+    writeAll(pdf, "%PDF-1.4\n");
     EXPECT_EQ(ClipRowContent::existingFirstPath(files({ pdf, u"/gone/b"_s })), pdf);
     EXPECT_EQ(ClipRowContent::fileIconNames(pdf).value(0), u"application-pdf"_s);
-    EXPECT_EQ(ClipRowContent::fileIconNames(dir.path()).value(0), u"folder"_s);
+    EXPECT_EQ(ClipRowContent::fileIconNames(QFileInfo(pdf).path()).value(0), u"folder"_s);
     QFile::remove(pdf);
     EXPECT_EQ(ClipRowContent::existingFirstPath(files({ pdf })), std::nullopt);
 }

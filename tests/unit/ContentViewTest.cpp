@@ -9,15 +9,6 @@
 #include <QLineEdit>
 #include <QTest>
 
-namespace {
-
-struct Key {
-    Qt::Key key;
-    Qt::KeyboardModifiers modifiers = Qt::NoModifier;
-};
-
-} // namespace
-
 class ContentViewTest : public PasteboardFixture {
 protected:
     ContentViewTest() { startWatcher(); }
@@ -37,10 +28,10 @@ protected:
 
     static QLineEdit &field(const ContentView &view) { return *view.findChild<QLineEdit *>(); }
 
-    static void press(ContentView &view, const QList<Key> &keys)
+    static void press(ContentView &view, const QList<QKeyCombination> &keys)
     {
-        for (const Key &key : keys)
-            QTest::keyClick(&field(view), key.key, key.modifiers);
+        for (const QKeyCombination key : keys)
+            QTest::keyClick(&field(view), key.key(), key.keyboardModifiers());
     }
 
     // Typed text reaches the query one turn of the event loop later.
@@ -51,16 +42,6 @@ protected:
 
     QString pasted() const { return pasteboard.string(PasteboardTypes::string).value_or(QString()); }
 
-    static QStringList visibleTexts(const ContentView &view)
-    {
-        QStringList texts;
-        for (const QLabel *label : view.findChildren<QLabel *>()) {
-            if (label->isVisible() && !label->text().isEmpty())
-                texts.append(label->text());
-        }
-        return texts;
-    }
-
     std::vector<std::unique_ptr<ClipboardStore>> stores;
 };
 
@@ -69,7 +50,7 @@ TEST_F(ContentViewTest, KeysActWhateverTheModifiers)
     struct Row {
         const char *name;
         QString typed;
-        QList<Key> keys;
+        QList<QKeyCombination> keys;
         qint64 selection;
         QStringList previews;
         QString field;
@@ -77,25 +58,21 @@ TEST_F(ContentViewTest, KeysActWhateverTheModifiers)
     };
     const QStringList all { u"alpha"_s, u"beta"_s, u"gamma"_s };
     const QList<Row> rows {
-        { "down twice", {}, { { Qt::Key_Down }, { Qt::Key_Down, Qt::ShiftModifier } }, 2, all, {}, {} },
-        { "no wrap at the end", {}, { { Qt::Key_Down }, { Qt::Key_Down }, { Qt::Key_Down } }, 2, all, {}, {} },
-        { "no wrap at the top", {}, { { Qt::Key_Up, Qt::ControlModifier } }, 0, all, {}, {} },
-        { "return pastes the full text", {}, { { Qt::Key_Down }, { Qt::Key_Return, Qt::ShiftModifier } }, 1, all, {},
+        { "down twice", {}, { Qt::Key_Down, Qt::ShiftModifier | Qt::Key_Down }, 2, all, {}, {} },
+        { "no wrap at the end", {}, { Qt::Key_Down, Qt::Key_Down, Qt::Key_Down }, 2, all, {}, {} },
+        { "no wrap at the top", {}, { Qt::ControlModifier | Qt::Key_Up }, 0, all, {}, {} },
+        { "return pastes the full text", {}, { Qt::Key_Down, Qt::ShiftModifier | Qt::Key_Return }, 1, all, {},
             u"beta in full"_s },
-        { "keypad enter", {}, { { Qt::Key_Enter, Qt::KeypadModifier } }, 0, all, {}, u"alpha in full"_s },
-        { "space pins while the field is empty", {}, { { Qt::Key_Down }, { Qt::Key_Space, Qt::AltModifier } }, 1,
+        { "keypad enter", {}, { Qt::KeypadModifier | Qt::Key_Enter }, 0, all, {}, u"alpha in full"_s },
+        { "space pins while the field is empty", {}, { Qt::Key_Down, Qt::AltModifier | Qt::Key_Space }, 1,
             { u"beta*"_s, u"alpha"_s, u"gamma"_s }, {}, {} },
-        { "backspace deletes while the field is empty", {}, { { Qt::Key_Backspace, Qt::ControlModifier } }, 0,
+        { "backspace deletes while the field is empty", {}, { Qt::ControlModifier | Qt::Key_Backspace }, 0,
             { u"beta"_s, u"gamma"_s }, {}, {} },
-        { "space and backspace edit a query", u"a"_s, { { Qt::Key_Space }, { Qt::Key_Backspace } }, 0, all, u"a"_s,
-            {} },
-        { "backspace right after a letter edits the field", {}, { { Qt::Key_A }, { Qt::Key_Backspace } }, 0, all, {},
-            {} },
-        { "typing puts the selection back on the first row", {}, { { Qt::Key_Down }, { Qt::Key_A } }, 0, all, u"a"_s,
-            {} },
-        { "the query narrows what return pastes", u"mm"_s, { { Qt::Key_Return } }, 0, all, u"mm"_s,
-            u"gamma in full"_s },
-        { "no match: return does nothing", u"zz"_s, { { Qt::Key_Return } }, 0, all, u"zz"_s, {} },
+        { "space and backspace edit a query", u"a"_s, { Qt::Key_Space, Qt::Key_Backspace }, 0, all, u"a"_s, {} },
+        { "backspace right after a letter edits the field", {}, { Qt::Key_A, Qt::Key_Backspace }, 0, all, {}, {} },
+        { "typing puts the selection back on the first row", {}, { Qt::Key_Down, Qt::Key_A }, 0, all, u"a"_s, {} },
+        { "the query narrows what return pastes", u"mm"_s, { Qt::Key_Return }, 0, all, u"mm"_s, u"gamma in full"_s },
+        { "no match: return does nothing", u"zz"_s, { Qt::Key_Return }, 0, all, u"zz"_s, {} },
     };
     int number = 0;
     for (const Row &row : rows) {
@@ -107,10 +84,7 @@ TEST_F(ContentViewTest, KeysActWhateverTheModifiers)
         press(*view, row.keys);
         EXPECT_TRUE(queryFollowed(*view));
         EXPECT_EQ(view->state().selection(), row.selection);
-        QStringList shown;
-        for (const ClipItem &item : stores.back()->items())
-            shown.append(item.preview + (item.pinned ? u"*"_s : QString()));
-        EXPECT_EQ(shown, row.previews);
+        EXPECT_EQ(::previews(stores.back()->items()), row.previews);
         EXPECT_EQ(field(*view).text(), row.field);
         EXPECT_EQ(pasted(), row.pasted);
     }
@@ -119,13 +93,13 @@ TEST_F(ContentViewTest, KeysActWhateverTheModifiers)
 TEST_F(ContentViewTest, DeletingTheLastRowLeavesNoRowSelectedUntilAMove)
 {
     const auto view = picker(u"h"_s);
-    press(*view, { { Qt::Key_Down }, { Qt::Key_Down }, { Qt::Key_Backspace } });
+    press(*view, { Qt::Key_Down, Qt::Key_Down, Qt::Key_Backspace });
     EXPECT_EQ(view->filtered().size(), 2);
     EXPECT_EQ(view->state().selection(), 2);
-    press(*view, { { Qt::Key_Return }, { Qt::Key_Space }, { Qt::Key_Backspace } });
+    press(*view, { Qt::Key_Return, Qt::Key_Space, Qt::Key_Backspace });
     EXPECT_EQ(view->filtered().size(), 2);
     EXPECT_EQ(pasted(), QString());
-    press(*view, { { Qt::Key_Up } });
+    press(*view, { Qt::Key_Up });
     EXPECT_EQ(view->state().selection(), 1);
 }
 
@@ -134,7 +108,7 @@ TEST_F(ContentViewTest, EachShowingStartsWithAnEmptyFieldOnTheFirstRow)
     const auto view = picker(u"h"_s);
     QTest::keyClicks(&field(*view), u"a"_s);
     ASSERT_TRUE(queryFollowed(*view));
-    press(*view, { { Qt::Key_Down } });
+    press(*view, { Qt::Key_Down });
     ASSERT_EQ(view->state().selection(), 1);
     view->hide();
     view->show();
@@ -164,7 +138,11 @@ TEST_F(ContentViewTest, SaysWhyTheListIsEmptyAndCountsTheWholeHistory)
         const auto view = picker(u"row%1"_s.arg(++number), row.history);
         QTest::keyClicks(&field(*view), row.query);
         ASSERT_TRUE(queryFollowed(*view));
-        QStringList texts = visibleTexts(*view);
+        QStringList texts;
+        for (const QLabel *label : view->findChildren<QLabel *>()) {
+            if (label->isVisible() && !label->text().isEmpty())
+                texts.append(label->text());
+        }
         texts.sort();
         QStringList expected = hints + row.texts;
         expected.sort();

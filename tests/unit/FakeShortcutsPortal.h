@@ -23,6 +23,8 @@ public:
     };
 
     static constexpr const char *sessionPath = "/org/freedesktop/portal/desktop/session/test/s1";
+    // Every shortcut bound so far, in order.
+    QList<Binding> bindings;
 
     FakeShortcutsPortal()
         : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("fake-portal")))
@@ -36,8 +38,6 @@ public:
         m_bus.unregisterObject(desktopPath());
         QDBusConnection::disconnectFromBus(QStringLiteral("fake-portal"));
     }
-
-    const QList<Binding> &bindings() const { return m_bindings; }
 
     void activate(const QString &session, const QString &id)
     {
@@ -66,7 +66,7 @@ public:
                 shortcuts.beginStructure();
                 shortcuts >> binding.id >> binding.properties;
                 shortcuts.endStructure();
-                m_bindings.append(binding);
+                bindings.append(binding);
             }
             shortcuts.endArray();
             respond(message, qdbus_cast<QVariantMap>(arguments.at(3)), {});
@@ -92,5 +92,4 @@ private:
     }
 
     QDBusConnection m_bus;
-    QList<Binding> m_bindings;
 };

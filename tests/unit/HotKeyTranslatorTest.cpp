@@ -14,13 +14,8 @@ using HotKeyTranslator::keyName;
 // upper-case mapping, and the code when there is no character.
 TEST(HotKeyTranslatorTest, DisplayStringPutsGlyphsInFixedOrder)
 {
-    FixedKeyLayout us;
-    us.setCharacter(9, QStringLiteral("v"));
-    us.setCharacter(12, QStringLiteral("q"));
-    us.setCharacter(0, QStringLiteral("é"));
-    us.setCharacter(1, QStringLiteral("ß"));
-    us.setCharacter(2, QString());
-    us.setCharacter(36, QStringLiteral("x"));
+    const FixedKeyLayout us({ { 9, QStringLiteral("v") }, { 12, QStringLiteral("q") }, { 0, QStringLiteral("é") },
+        { 1, QStringLiteral("ß") }, { 2, QString() }, { 36, QStringLiteral("x") } });
     const struct {
         quint32 keyCode;
         quint32 modifiers;

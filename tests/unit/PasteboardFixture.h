@@ -38,7 +38,8 @@ protected:
     static void settle() { QCoreApplication::processEvents(); }
 
     // Another program's copy offering these types, in this order, with these bytes.
-    static ClipboardSnapshot offer(std::initializer_list<std::pair<QString, QByteArray>> types)
+    using Offered = QList<std::pair<QString, QByteArray>>;
+    static ClipboardSnapshot offer(const Offered &types)
     {
         ClipboardSnapshot snapshot;
         for (const auto &[type, bytes] : types) {
@@ -68,13 +69,7 @@ protected:
 
     QStringList imageFiles() const { return QDir(store.imagesDirPath()).entryList(QDir::Files); }
 
-    QStringList previews() const
-    {
-        QStringList result;
-        for (const ClipItem &item : store.items())
-            result.append(item.preview);
-        return result;
-    }
+    QStringList previews() const { return ::previews(store.items()); }
 
     AppSettings settings;
     ClipboardStore store;

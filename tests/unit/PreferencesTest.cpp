@@ -5,6 +5,7 @@
 #include "FixedKeyLayout.h"
 #include "GeneralTab.h"
 #include "GlobalHotKey.h"
+#include "HotKeyTranslator.h"
 #include "MemoryKeyGrabber.h"
 #include "PasteKeystroke.h"
 #include "PrivacyTab.h"
@@ -176,34 +177,27 @@ TEST_F(PreferencesTest, RecordsAShortcutFromAKeyPress)
 
     const HotKeyConfig standard = HotKeyConfig::defaultShortcut();
     const HotKeyConfig optionCommandSpace { .keyCode = 49, .modifiers = 2304 };
+    const HotKeyConfig plainA { .keyCode = 0, .modifiers = 0 };
     const auto click = [&] { tab.recordButton()->click(); };
     const auto reset = [&] { tab.resetButton()->click(); };
     const auto key = [&](KeyPress press) { return [this, press] { EXPECT_FALSE(this->press(press)); }; };
+    // A modifier alone is no shortcut: the recorder lets it through.
+    const auto alt = [&] { EXPECT_TRUE(press({ Qt::Key_Alt, Qt::AltModifier, xLeftAlt })); };
     const struct {
         const char *name;
         std::vector<std::function<void()>> actions;
         HotKeyConfig expected;
-        QString shown;
         bool recording;
     } rows[] = {
-        { "Escape", { click, key({ Qt::Key_Escape, Qt::NoModifier, xEscape }) }, standard, QStringLiteral("⌃⌘V"),
-            false },
+        { "Escape", { click, key({ Qt::Key_Escape, Qt::NoModifier, xEscape }) }, standard, false },
         { "Alt+Super+Space", { click, key({ Qt::Key_Space, Qt::AltModifier | Qt::MetaModifier, xSpace }) },
-            optionCommandSpace, QStringLiteral("⌥⌘Space"), false },
-        { "a plain letter", { click, key({ Qt::Key_A, Qt::NoModifier, xA }) }, { .keyCode = 0, .modifiers = 0 },
-            QStringLiteral("A"), false },
-        { "a modifier alone",
-            { click,
-                [&] {
-                    EXPECT_TRUE(press({ Qt::Key_Alt, Qt::AltModifier, xLeftAlt }));
-                } },
-            standard, QStringLiteral("⌃⌘V"), true },
-        { "the button twice", { click, click }, standard, QStringLiteral("⌃⌘V"), false },
-        { "reset while recording", { [&] { settings.setHotkey(optionCommandSpace); }, click, reset }, standard,
-            QStringLiteral("⌃⌘V"), true },
-        { "a key after reset", { click, reset, key({ Qt::Key_A, Qt::NoModifier, xA }) },
-            { .keyCode = 0, .modifiers = 0 }, QStringLiteral("A"), false },
-        { "leaving the tab", { click, [&] { showTab(2); } }, standard, QStringLiteral("⌃⌘V"), false },
+            optionCommandSpace, false },
+        { "a plain letter", { click, key({ Qt::Key_A, Qt::NoModifier, xA }) }, plainA, false },
+        { "a modifier alone", { click, alt }, standard, true },
+        { "the button twice", { click, click }, standard, false },
+        { "reset while recording", { [&] { settings.setHotkey(optionCommandSpace); }, click, reset }, standard, true },
+        { "a key after reset", { click, reset, key({ Qt::Key_A, Qt::NoModifier, xA }) }, plainA, false },
+        { "leaving the tab", { click, [&] { showTab(2); } }, standard, false },
     };
 
     view.show();
@@ -220,8 +214,9 @@ TEST_F(PreferencesTest, RecordsAShortcutFromAKeyPress)
             EXPECT_EQ(grabber.grabbed().has_value(), !tab.isRecording());
         }
         EXPECT_EQ(settings.hotkey(), row.expected);
-        EXPECT_EQ(reread().hotkey(), row.expected);
-        EXPECT_EQ(tab.shortcutText()->text(), row.shown);
+        // The glyphs themselves are HotKeyTranslator's, tested there.
+        EXPECT_EQ(tab.shortcutText()->text(),
+            HotKeyTranslator::displayString(row.expected.keyCode, row.expected.modifiers, &layout));
         EXPECT_EQ(tab.isRecording(), row.recording);
         EXPECT_EQ(tab.recordButton()->text(),
             row.recording ? QStringLiteral("Appuyez sur le raccourci…  (Échap pour annuler)")
@@ -237,7 +232,8 @@ TEST_F(PreferencesTest, RecordsAShortcutFromAKeyPress)
     EXPECT_FALSE(tab.isRecording());
 }
 
-TEST_F(PreferencesTest, EverySettingsChangeIsWritten)
+// The limit and the shortcut have tests of their own.
+TEST_F(PreferencesTest, EachSwitchIsWrittenAndFollowsTheSettings)
 {
     GeneralTab &general = *view.generalTab();
     QCheckBox &ignoreSecretApps = *view.privacyTab()->ignoreSecretAppsBox();
@@ -250,10 +246,6 @@ TEST_F(PreferencesTest, EverySettingsChangeIsWritten)
     EXPECT_FALSE(reread().ignoreSecretApps());
     ignoreSecretApps.click();
     EXPECT_TRUE(reread().ignoreSecretApps());
-    general.historyLimitBox()->stepBy(1);
-    EXPECT_EQ(reread().historyLimit(), 220);
-    view.shortcutTab()->resetButton()->click();
-    EXPECT_EQ(reread().hotkey(), HotKeyConfig::defaultShortcut());
     // A change made elsewhere shows in the controls.
     settings.setAutoPaste(true);
     EXPECT_TRUE(general.autoPasteBox()->isChecked());

@@ -9,6 +9,7 @@
 
 #include <optional>
 
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {
@@ -35,6 +36,31 @@ const QByteArray newerFeed = appcastFeed(appcastItem("4", "1.4", "https://exampl
     + appcastItem("12", "2.0", "https://example.com/zettly-2.0.deb")
     + appcastItem("6", "1.6", "https://example.com/zettly-1.6.deb"));
 
+using F = UpdateCheck::Failure;
+
+// Runs one check and compares its one report: newerFeed's newest release
+// when found, else the failure with its reason, else "no update".
+void expectOutcome(UpdateCheck &check, bool found, std::optional<F> failure)
+{
+    const Outcomes outcomes(check);
+    check.check();
+    ASSERT_TRUE(outcomes.wait());
+    // A second report would already be queued.
+    QCoreApplication::processEvents();
+    ASSERT_EQ(outcomes.count(), 1);
+    EXPECT_EQ(outcomes.none.size(), found || failure ? 0 : 1);
+    if (found) {
+        ASSERT_EQ(outcomes.found.size(), 1);
+        EXPECT_EQ(outcomes.found[0][0].value<AppcastRelease>(),
+            (AppcastRelease { u"12"_s, u"2.0"_s, QUrl(u"https://example.com/zettly-2.0.deb"_s) }));
+    }
+    if (failure) {
+        ASSERT_EQ(outcomes.failed.size(), 1);
+        EXPECT_EQ(outcomes.failed[0][0].value<F>(), *failure);
+        EXPECT_FALSE(outcomes.failed[0][1].toString().isEmpty());
+    }
+}
+
 } // namespace
 
 TEST(UpdateChecker, ReportsNewerSameOlderAndEveryFailure)
@@ -49,61 +75,43 @@ TEST(UpdateChecker, ReportsNewerSameOlderAndEveryFailure)
     server.answer("/closed.xml", LocalFeedServer::closeUnanswered);
     server.answer("/silent.xml", LocalFeedServer::neverAnswer);
     server.redirect("/moved.xml", "/moved-again.xml");
-    server.redirect("/moved-again.xml", server.url(QStringLiteral("/newer.xml")).toEncoded());
-    server.redirect("/to-http.xml", server.url(QStringLiteral("/newer.xml"), QStringLiteral("http")).toEncoded());
+    server.redirect("/moved-again.xml", server.url(u"/newer.xml"_s).toEncoded());
+    server.redirect("/to-http.xml", server.url(u"/newer.xml"_s, u"http"_s).toEncoded());
     server.redirect("/loop.xml", "/loop.xml");
     server.answer("/http-download.xml", 200, appcastFeed(appcastItem("12", "2.0", "http://example.com/zettly.deb")));
 
-    using F = UpdateChecker::Failure;
     struct Case {
         const char *name;
         QUrl url;
-        int found;
-        int none;
+        bool found;
         std::optional<F> failure;
         bool trusted = true;
     };
     const Case cases[] = {
-        { "newest item is newer", server.url(QStringLiteral("/newer.xml")), 1, 0, {} },
-        { "same version", server.url(QStringLiteral("/same.xml")), 0, 1, {} },
-        { "redirects on the same server", server.url(QStringLiteral("/moved.xml")), 1, 0, {} },
-        { "redirect to plain http", server.url(QStringLiteral("/to-http.xml")), 0, 0, F::BadAddress },
-        { "download over plain http", server.url(QStringLiteral("/http-download.xml")), 0, 0, F::InvalidFeed },
-        { "feed over plain http", server.url(QStringLiteral("/newer.xml"), QStringLiteral("http")), 0, 0,
-            F::BadAddress },
-        { "endless redirects", server.url(QStringLiteral("/loop.xml")), 0, 0, F::HttpError },
-        { "not found", server.url(QStringLiteral("/missing.xml")), 0, 0, F::HttpError },
-        { "closed unanswered", server.url(QStringLiteral("/closed.xml")), 0, 0, F::Unreachable },
-        { "never answers", server.url(QStringLiteral("/silent.xml")), 0, 0, F::Unreachable },
-        { "nothing listening", LocalFeedServer::deadUrl(), 0, 0, F::Unreachable },
-        { "a web page", server.url(QStringLiteral("/html.xml")), 0, 0, F::InvalidFeed },
-        { "larger than allowed", server.url(QStringLiteral("/huge.xml")), 0, 0, F::InvalidFeed },
-        { "ftp", QUrl(QStringLiteral("ftp://127.0.0.1/appcast.xml")), 0, 0, F::BadAddress },
-        { "certificate nobody vouches for", server.url(QStringLiteral("/newer.xml")), 0, 0, F::Unreachable, false },
+        { "newest item is newer", server.url(u"/newer.xml"_s), true, {} },
+        { "same version", server.url(u"/same.xml"_s), false, {} },
+        { "redirects on the same server", server.url(u"/moved.xml"_s), true, {} },
+        { "redirect to plain http", server.url(u"/to-http.xml"_s), false, F::BadAddress },
+        { "download over plain http", server.url(u"/http-download.xml"_s), false, F::InvalidFeed },
+        { "feed over plain http", server.url(u"/newer.xml"_s, u"http"_s), false, F::BadAddress },
+        { "endless redirects", server.url(u"/loop.xml"_s), false, F::HttpError },
+        { "not found", server.url(u"/missing.xml"_s), false, F::HttpError },
+        { "closed unanswered", server.url(u"/closed.xml"_s), false, F::Unreachable },
+        { "never answers", server.url(u"/silent.xml"_s), false, F::Unreachable },
+        { "nothing listening", LocalFeedServer::deadUrl(), false, F::Unreachable },
+        { "a web page", server.url(u"/html.xml"_s), false, F::InvalidFeed },
+        { "larger than allowed", server.url(u"/huge.xml"_s), false, F::InvalidFeed },
+        { "ftp", QUrl(u"ftp://127.0.0.1/appcast.xml"_s), false, F::BadAddress },
+        { "certificate nobody vouches for", server.url(u"/newer.xml"_s), false, F::Unreachable, false },
     };
     for (const Case &c : cases) {
-        UpdateChecker checker(c.url, QStringLiteral("5"));
+        SCOPED_TRACE(c.name);
+        UpdateChecker checker(c.url, u"5"_s);
         checker.setTimeout(2s);
         if (c.trusted)
             checker.setExtraCaCertificates(LocalFeedServer::caCertificates());
-        const Outcomes outcomes(checker);
-        checker.check();
-        ASSERT_TRUE(outcomes.wait()) << c.name;
-        EXPECT_EQ(outcomes.count(), 1) << c.name;
-        EXPECT_FALSE(checker.isChecking()) << c.name;
-        ASSERT_EQ(outcomes.found.size(), c.found) << c.name;
-        EXPECT_EQ(outcomes.none.size(), c.none) << c.name;
-        if (c.failure) {
-            ASSERT_EQ(outcomes.failed.size(), 1) << c.name;
-            EXPECT_EQ(outcomes.failed[0][0].value<F>(), *c.failure) << c.name;
-            EXPECT_FALSE(outcomes.failed[0][1].toString().isEmpty()) << c.name;
-        }
-        if (c.found) {
-            EXPECT_EQ(outcomes.found[0][0].value<AppcastRelease>(),
-                (AppcastRelease { QStringLiteral("12"), QStringLiteral("2.0"),
-                    QUrl(QStringLiteral("https://example.com/zettly-2.0.deb")) }))
-                << c.name;
-        }
+        expectOutcome(checker, c.found, c.failure);
+        EXPECT_FALSE(checker.isChecking());
     }
 }
 
@@ -111,7 +119,7 @@ TEST(UpdateChecker, OneCheckAtATimeThenAgain)
 {
     LocalFeedServer server;
     server.answer("/appcast.xml", 200, newerFeed);
-    UpdateChecker checker(server.url(QStringLiteral("/appcast.xml")), QStringLiteral("5"));
+    UpdateChecker checker(server.url(u"/appcast.xml"_s), u"5"_s);
     checker.setExtraCaCertificates(LocalFeedServer::caCertificates());
     const Outcomes outcomes(checker);
     checker.check();
@@ -134,41 +142,23 @@ TEST(UpdateCheckProcess, CarriesEachOutcomeOfTheHelper)
     server.answer("/shifted.xml", 200,
         appcastFeed(appcastItem("9&#10;x&#10;file:///etc/passwd", "1.9", "https://example.com/a")));
     const QString helper = QStringLiteral(ZETTLY_UPDATE_HELPER);
-    using F = UpdateCheck::Failure;
     struct Case {
         const char *name;
         QString helper;
         const char *path;
         bool found;
-        bool none;
         std::optional<F> failure;
     };
     const Case cases[] = {
-        { "newer", helper, "/newer.xml", true, false, {} },
-        { "same", helper, "/same.xml", false, true, {} },
-        { "field with line breaks", helper, "/shifted.xml", false, false, F::InvalidFeed },
-        { "no helper", QStringLiteral("/nonexistent/zettly-update-check"), "/newer.xml", false, false, F::Unreachable },
+        { "newer", helper, "/newer.xml", true, {} },
+        { "same", helper, "/same.xml", false, {} },
+        { "field with line breaks", helper, "/shifted.xml", false, F::InvalidFeed },
+        { "no helper", u"/nonexistent/zettly-update-check"_s, "/newer.xml", false, F::Unreachable },
     };
     for (const Case &c : cases) {
-        UpdateCheckProcess check(c.helper, server.url(QString::fromLatin1(c.path)), QStringLiteral("5"));
+        SCOPED_TRACE(c.name);
+        UpdateCheckProcess check(c.helper, server.url(QString::fromLatin1(c.path)), u"5"_s);
         check.setExtraCaCertificatesFile(LocalFeedServer::caCertificatesFile());
-        const Outcomes outcomes(check);
-        check.check();
-        ASSERT_TRUE(outcomes.wait()) << c.name;
-        // A second report would already be queued.
-        QCoreApplication::processEvents();
-        ASSERT_EQ(outcomes.count(), 1) << c.name;
-        EXPECT_EQ(outcomes.none.size(), c.none ? 1 : 0) << c.name;
-        if (c.found) {
-            ASSERT_EQ(outcomes.found.size(), 1) << c.name;
-            EXPECT_EQ(outcomes.found.at(0).at(0).value<AppcastRelease>(),
-                (AppcastRelease { QStringLiteral("12"), QStringLiteral("2.0"),
-                    QUrl(QStringLiteral("https://example.com/zettly-2.0.deb")) }));
-        }
-        if (c.failure) {
-            ASSERT_EQ(outcomes.failed.size(), 1) << c.name;
-            EXPECT_EQ(outcomes.failed.at(0).at(0).value<F>(), *c.failure) << c.name;
-            EXPECT_FALSE(outcomes.failed.at(0).at(1).toString().isEmpty()) << c.name;
-        }
+        expectOutcome(check, c.found, c.failure);
     }
 }
