@@ -30,7 +30,7 @@ xcb_atom_t internAtom(xcb_connection_t *connection, const char *name)
 {
     const XcbReply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
         connection, xcb_intern_atom(connection, false, uint16_t(std::strlen(name)), name), nullptr));
-    return reply ? reply->atom : XCB_ATOM_NONE;
+    return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
 }
 
 void selectEvents(xcb_connection_t *connection, xcb_window_t window, uint32_t mask)

@@ -118,7 +118,7 @@ public:
     {
         const Reply<xcb_intern_atom_reply_t> atom(
             xcb_intern_atom_reply(m_connection, xcb_intern_atom(m_connection, false, 11, "_NET_WM_PID"), nullptr));
-        m_pidAtom = atom ? atom->atom : XCB_ATOM_NONE;
+        m_pidAtom = atom ? atom->atom : xcb_atom_t(XCB_ATOM_NONE);
     }
     ~Display() { xcb_disconnect(m_connection); }
     bool isValid() const { return !xcb_connection_has_error(m_connection); }

@@ -287,7 +287,8 @@ TEST_F(PreferencesTest, ShortcutTabSaysWhichRouteApplies)
     for (const auto &row : rows) {
         tab.setRoute(row.route);
         EXPECT_EQ(tab.routeText()->isVisible(), row.part != nullptr) << int(row.route);
-        if (row.part)
+        if (row.part) {
             EXPECT_TRUE(tab.routeText()->text().contains(QString::fromUtf8(row.part))) << int(row.route);
+        }
     }
 }
