@@ -3,7 +3,9 @@
 #include "PasteboardFixture.h"
 #include "PasteboardTypes.h"
 
+#include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 
 #include <functional>
 
@@ -13,7 +15,9 @@ TEST_F(ClipboardWatcherTest, PollRecordsOnlyChangesAfterConstruction)
 {
     pasteboard.copyText(u"already there"_s);
     startWatcher();
-    QTest::qWait(ClipboardWatcher::pollInterval.count() + 300);
+    // A poll has looked, and still finds nothing new.
+    QSignalSpy polls(watcher->findChild<QTimer *>(), &QTimer::timeout);
+    ASSERT_TRUE(polls.wait(2 * int(ClipboardWatcher::pollInterval.count())));
     EXPECT_TRUE(store.items().isEmpty());
 
     // A change whose notice got lost is still found by the poll.
