@@ -9,6 +9,9 @@
 
 #include <cstring>
 #include <string_view>
+#include <system_error>
+#include <thread>
+#include <vector>
 
 namespace HistoryCodec {
 
@@ -19,6 +22,19 @@ namespace od = simdjson::ondemand;
 // Arrays and objects nest at most this deep, the history's own array
 // counting as the first level: a file nested deeper never loaded.
 constexpr int maxNesting = 1024;
+
+// A full text at least this long is decoded once the whole file has been
+// read, with the other long ones, on two threads: a large history's load is
+// mostly turning those texts into UTF-16 in fresh memory.
+constexpr std::ptrdiff_t longText = 64 * 1024;
+// Below this much long text in all, a second thread costs more than it saves.
+constexpr std::ptrdiff_t parallelTexts = 4 * 1024 * 1024;
+
+// A string's contents in the file, up to its closing quote.
+struct StringSpan {
+    const char *contents = nullptr;
+    const char *quote = nullptr;
+};
 
 // What a member of an entry held. A name given twice counts with its last
 // value, as it always has.
@@ -137,6 +153,25 @@ public:
         return text(value, &member.value);
     }
 
+    // As read(), but a long string is only found, to be decoded later.
+    bool read(od::value &value, Member<QString> &member, std::optional<StringSpan> &later, int level)
+    {
+        later.reset();
+        od::json_type type;
+        if (!typeOf(value, type))
+            return false;
+        if (type == od::json_type::string) {
+            const std::optional<StringSpan> found = span(value);
+            if (found && found->quote - found->contents >= longText) {
+                member.state = Member<QString>::Given;
+                member.value.clear();
+                later = found;
+                return true;
+            }
+        }
+        return read(value, member, level);
+    }
+
     bool read(od::value &value, Member<bool> &member, int level)
     {
         od::json_type type;
@@ -225,13 +260,19 @@ private:
     // token runs up to the next structural character, spaces included.
     bool text(od::value &value, QString *out)
     {
+        const std::optional<StringSpan> found = span(value);
+        return found && JsonReader::readStringBefore(found->contents, found->quote, out);
+    }
+
+    static std::optional<StringSpan> span(od::value &value)
+    {
         std::string_view token = value.raw_json_token();
         while (!token.empty() && isSpace(token.back()))
             token.remove_suffix(1);
         od::raw_json_string raw;
         if (token.size() < 2 || token.back() != '"' || value.get_raw_json_string().get(raw))
-            return false;
-        return JsonReader::readStringBefore(raw.raw(), token.data() + token.size() - 1, out);
+            return std::nullopt;
+        return StringSpan { raw.raw(), token.data() + token.size() - 1 };
     }
 
     static std::optional<double> number(od::value &value)
@@ -261,10 +302,19 @@ std::optional<QUuid> parseUuid(const QString &text)
     return QUuid::fromString(text);
 }
 
+// Texts that are their own preview: one shared string instead of two
+// copies, which for a full history is most of its memory.
+void shareWithPreview(ClipItem &item)
+{
+    if (item.fullText && *item.fullText == item.preview)
+        item.preview = *item.fullText;
+}
+
 // One entry, or none for malformed JSON or JSON that is no entry: a
 // required member missing, null or mistyped, an unknown kind, an id that is
-// not a UUID, an optional member of the wrong type.
-std::optional<ClipItem> readEntry(od::object &object, EntryReader &reader)
+// not a UUID, an optional member of the wrong type. A long full text is left
+// out of the entry, its place in the file given in longFullText.
+std::optional<ClipItem> readEntry(od::object &object, EntryReader &reader, std::optional<StringSpan> &longFullText)
 {
     Member<QString> id, kind, preview, fullText, imageRelPath, sourceApp;
     Member<QStringList> filePaths;
@@ -291,7 +341,7 @@ std::optional<ClipItem> readEntry(od::object &object, EntryReader &reader)
             wellFormed = reader.read(value, preview, level);
             break;
         case Name::FullText:
-            wellFormed = reader.read(value, fullText, level);
+            wellFormed = reader.read(value, fullText, longFullText, level);
             break;
         case Name::ImageRelPath:
             wellFormed = reader.read(value, imageRelPath, level);
@@ -332,11 +382,54 @@ std::optional<ClipItem> readEntry(od::object &object, EntryReader &reader)
     if (!fullText.readInto(item.fullText) || !imageRelPath.readInto(item.imageRelPath)
         || !filePaths.readInto(item.filePaths) || !sourceApp.readInto(item.sourceApp))
         return std::nullopt;
-    // Short texts are their own preview: one shared string instead of two
-    // copies, which for a full history is most of its memory.
-    if (item.fullText && *item.fullText == item.preview)
-        item.preview = *item.fullText;
+    shareWithPreview(item);
     return item;
+}
+
+struct LongText {
+    qsizetype entry;
+    StringSpan span;
+};
+
+bool decodeLongTexts(ClipItem *items, const LongText *begin, const LongText *end)
+{
+    for (const LongText *text = begin; text != end; ++text) {
+        ClipItem &item = items[text->entry];
+        QString decoded;
+        if (!JsonReader::readStringBefore(text->span.contents, text->span.quote, &decoded))
+            return false;
+        item.fullText = std::move(decoded);
+        shareWithPreview(item);
+    }
+    return true;
+}
+
+// Splits the texts in two halves by size, the first decoded on a thread of
+// its own while this one decodes the second.
+bool decodeLongTexts(QList<ClipItem> &items, const std::vector<LongText> &texts)
+{
+    std::ptrdiff_t total = 0;
+    for (const LongText &text : texts)
+        total += text.span.quote - text.span.contents;
+    ClipItem *const entries = items.data();
+    const LongText *const begin = texts.data();
+    const LongText *const end = begin + texts.size();
+    if (total < parallelTexts || texts.size() < 2)
+        return decodeLongTexts(entries, begin, end);
+    const LongText *middle = begin;
+    for (std::ptrdiff_t firstHalf = 0; middle != end && 2 * firstHalf < total; ++middle)
+        firstHalf += middle->span.quote - middle->span.contents;
+    bool firstDecoded = false;
+    std::thread first;
+    try {
+        first = std::thread([&] { firstDecoded = decodeLongTexts(entries, begin, middle); });
+    } catch (const std::system_error &) {
+        // No thread to be had: one does it all.
+        return decodeLongTexts(entries, begin, end);
+    }
+    const bool secondDecoded = decodeLongTexts(entries, middle, end);
+    first.join();
+    return firstDecoded && secondDecoded;
 }
 
 } // namespace
@@ -396,18 +489,24 @@ std::optional<QList<ClipItem>> decodeInPlace(QByteArrayView bytes)
         return std::nullopt;
     EntryReader reader(end);
     QList<ClipItem> items;
+    std::vector<LongText> longTexts;
     for (auto element : array) {
         od::object object;
         if (element.get_object().get(object))
             return std::nullopt;
-        auto entry = readEntry(object, reader);
+        std::optional<StringSpan> longFullText;
+        auto entry = readEntry(object, reader, longFullText);
         if (!entry)
             return std::nullopt;
+        if (longFullText)
+            longTexts.push_back({ items.size(), *longFullText });
         items.append(std::move(*entry));
     }
     // Nothing but spaces may follow the array.
     const char *location = nullptr;
     if (document.current_location().get(location) != simdjson::OUT_OF_BOUNDS)
+        return std::nullopt;
+    if (!decodeLongTexts(items, longTexts))
         return std::nullopt;
     return items;
 }

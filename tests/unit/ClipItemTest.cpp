@@ -147,6 +147,24 @@ TEST(ClipItemJsonTest, ReadingIsAllOrNothing)
     EXPECT_TRUE(nested(1022));
     EXPECT_FALSE(nested(1023));
 
+    // Long full texts are decoded once the rest is read, two threads sharing
+    // them: a bad escape in any of them still empties the list.
+    const QByteArray longText(3 << 20, 'a');
+    const auto withLongTexts = [&](int broken) {
+        QByteArray json = "[";
+        for (int i = 0; i < 3; ++i) {
+            json += entryStart + R"("fullText":")" + longText + (i == broken ? R"(\u12G4)" : "")
+                + R"(","pinned":false,"createdAt":1})" + (i < 2 ? ',' : ']');
+        }
+        return HistoryCodec::decode(json);
+    };
+    const auto whole = withLongTexts(-1);
+    ASSERT_TRUE(whole);
+    for (const ClipItem &item : *whole)
+        EXPECT_EQ(item.fullText, QString::fromLatin1(longText));
+    for (int broken : { 0, 2 })
+        EXPECT_FALSE(withLongTexts(broken)) << broken;
+
     // One bad entry empties the whole list; so does anything but an array.
     const QByteArray good(validText);
     EXPECT_TRUE(HistoryCodec::decode('[' + good + ',' + good + ']'));
