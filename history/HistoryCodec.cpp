@@ -26,11 +26,12 @@ constexpr int maxNesting = 1024;
 // A full text at least this long is decoded once the whole file has been
 // read, with the other long ones, on two threads: a large history's load is
 // mostly turning those texts into UTF-16 in fresh memory.
-constexpr std::ptrdiff_t longText = 64 * 1024;
+constexpr std::ptrdiff_t deferredTextBytes = 64 * 1024;
 // Below this much long text in all, a second thread costs more than it saves.
-constexpr std::ptrdiff_t parallelTexts = 4 * 1024 * 1024;
+constexpr std::ptrdiff_t parallelTextBytes = 4 * 1024 * 1024;
 
-// A string's contents in the file, up to its closing quote.
+// A string's contents in the file, up to its closing quote; none while
+// contents is null.
 struct StringSpan {
     const char *contents = nullptr;
     const char *quote = nullptr;
@@ -153,23 +154,29 @@ public:
         return text(value, &member.value);
     }
 
-    // As read(), but a long string is only found, to be decoded later.
-    bool read(od::value &value, Member<QString> &member, std::optional<StringSpan> &later, int level)
+    // As read(), but a long string is only found, in later, to be decoded
+    // once the whole file is read. A long string this value replaces is
+    // checked now: the file must be well-formed even where it is not used.
+    bool read(od::value &value, Member<QString> &member, StringSpan &later, int level)
     {
-        later.reset();
+        if (later.contents && !JsonReader::readStringBefore(later.contents, later.quote, nullptr))
+            return false;
+        later = {};
         od::json_type type;
         if (!typeOf(value, type))
             return false;
-        if (type == od::json_type::string) {
-            const std::optional<StringSpan> found = span(value);
-            if (found && found->quote - found->contents >= longText) {
-                member.state = Member<QString>::Given;
-                member.value.clear();
-                later = found;
-                return true;
-            }
+        if (type != od::json_type::string)
+            return other(value, type, member.state, level);
+        const std::optional<StringSpan> found = span(value);
+        if (!found)
+            return false;
+        member.state = Member<QString>::Given;
+        if (found->quote - found->contents >= deferredTextBytes) {
+            member.value.clear();
+            later = *found;
+            return true;
         }
-        return read(value, member, level);
+        return JsonReader::readStringBefore(found->contents, found->quote, &member.value);
     }
 
     bool read(od::value &value, Member<bool> &member, int level)
@@ -314,7 +321,7 @@ void shareWithPreview(ClipItem &item)
 // required member missing, null or mistyped, an unknown kind, an id that is
 // not a UUID, an optional member of the wrong type. A long full text is left
 // out of the entry, its place in the file given in longFullText.
-std::optional<ClipItem> readEntry(od::object &object, EntryReader &reader, std::optional<StringSpan> &longFullText)
+std::optional<ClipItem> readEntry(od::object &object, EntryReader &reader, StringSpan &longFullText)
 {
     Member<QString> id, kind, preview, fullText, imageRelPath, sourceApp;
     Member<QStringList> filePaths;
@@ -382,19 +389,26 @@ std::optional<ClipItem> readEntry(od::object &object, EntryReader &reader, std::
     if (!fullText.readInto(item.fullText) || !imageRelPath.readInto(item.imageRelPath)
         || !filePaths.readInto(item.filePaths) || !sourceApp.readInto(item.sourceApp))
         return std::nullopt;
-    shareWithPreview(item);
+    // A deferred full text is compared with the preview once decoded.
+    if (!longFullText.contents)
+        shareWithPreview(item);
     return item;
 }
 
-struct LongText {
-    qsizetype entry;
+struct DeferredText {
+    qsizetype entryIndex;
     StringSpan span;
 };
 
-bool decodeLongTexts(ClipItem *items, const LongText *begin, const LongText *end)
+std::ptrdiff_t bytesOf(const DeferredText &text)
 {
-    for (const LongText *text = begin; text != end; ++text) {
-        ClipItem &item = items[text->entry];
+    return text.span.quote - text.span.contents;
+}
+
+bool decodeRange(ClipItem *items, const DeferredText *begin, const DeferredText *end)
+{
+    for (const DeferredText *text = begin; text != end; ++text) {
+        ClipItem &item = items[text->entryIndex];
         QString decoded;
         if (!JsonReader::readStringBefore(text->span.contents, text->span.quote, &decoded))
             return false;
@@ -404,31 +418,33 @@ bool decodeLongTexts(ClipItem *items, const LongText *begin, const LongText *end
     return true;
 }
 
-// Splits the texts in two halves by size, the first decoded on a thread of
-// its own while this one decodes the second.
-bool decodeLongTexts(QList<ClipItem> &items, const std::vector<LongText> &texts)
+// Many long texts are split in two parts of about the same size, the first
+// decoded on a thread of its own while this one decodes the second.
+bool decodeDeferredTexts(QList<ClipItem> &items, const std::vector<DeferredText> &texts)
 {
     std::ptrdiff_t total = 0;
-    for (const LongText &text : texts)
-        total += text.span.quote - text.span.contents;
+    for (const DeferredText &text : texts)
+        total += bytesOf(text);
     ClipItem *const entries = items.data();
-    const LongText *const begin = texts.data();
-    const LongText *const end = begin + texts.size();
-    if (total < parallelTexts || texts.size() < 2)
-        return decodeLongTexts(entries, begin, end);
-    const LongText *middle = begin;
-    for (std::ptrdiff_t firstHalf = 0; middle != end && 2 * firstHalf < total; ++middle)
-        firstHalf += middle->span.quote - middle->span.contents;
+    const DeferredText *const begin = texts.data();
+    const DeferredText *const end = begin + texts.size();
+    if (total < parallelTextBytes || texts.size() < 2)
+        return decodeRange(entries, begin, end);
+    // At most half for the first part, and at least one text for each.
+    const DeferredText *middle = begin + 1;
+    for (std::ptrdiff_t first = bytesOf(*begin); middle + 1 < end && 2 * (first + bytesOf(*middle)) <= total;
+         ++middle)
+        first += bytesOf(*middle);
     bool firstDecoded = false;
-    std::thread first;
+    std::jthread firstPart;
     try {
-        first = std::thread([&] { firstDecoded = decodeLongTexts(entries, begin, middle); });
+        firstPart = std::jthread([&] { firstDecoded = decodeRange(entries, begin, middle); });
     } catch (const std::system_error &) {
         // No thread to be had: one does it all.
-        return decodeLongTexts(entries, begin, end);
+        return decodeRange(entries, begin, end);
     }
-    const bool secondDecoded = decodeLongTexts(entries, middle, end);
-    first.join();
+    const bool secondDecoded = decodeRange(entries, middle, end);
+    firstPart.join();
     return firstDecoded && secondDecoded;
 }
 
@@ -489,24 +505,24 @@ std::optional<QList<ClipItem>> decodeInPlace(QByteArrayView bytes)
         return std::nullopt;
     EntryReader reader(end);
     QList<ClipItem> items;
-    std::vector<LongText> longTexts;
+    std::vector<DeferredText> deferredTexts;
     for (auto element : array) {
         od::object object;
         if (element.get_object().get(object))
             return std::nullopt;
-        std::optional<StringSpan> longFullText;
+        StringSpan longFullText;
         auto entry = readEntry(object, reader, longFullText);
         if (!entry)
             return std::nullopt;
-        if (longFullText)
-            longTexts.push_back({ items.size(), *longFullText });
+        if (longFullText.contents)
+            deferredTexts.push_back({ items.size(), longFullText });
         items.append(std::move(*entry));
     }
     // Nothing but spaces may follow the array.
     const char *location = nullptr;
     if (document.current_location().get(location) != simdjson::OUT_OF_BOUNDS)
         return std::nullopt;
-    if (!decodeLongTexts(items, longTexts))
+    if (!decodeDeferredTexts(items, deferredTexts))
         return std::nullopt;
     return items;
 }

@@ -147,24 +147,6 @@ TEST(ClipItemJsonTest, ReadingIsAllOrNothing)
     EXPECT_TRUE(nested(1022));
     EXPECT_FALSE(nested(1023));
 
-    // Long full texts are decoded once the rest is read, two threads sharing
-    // them: a bad escape in any of them still empties the list.
-    const QByteArray longText(3 << 20, 'a');
-    const auto withLongTexts = [&](int broken) {
-        QByteArray json = "[";
-        for (int i = 0; i < 3; ++i) {
-            json += entryStart + R"("fullText":")" + longText + (i == broken ? R"(\u12G4)" : "")
-                + R"(","pinned":false,"createdAt":1})" + (i < 2 ? ',' : ']');
-        }
-        return HistoryCodec::decode(json);
-    };
-    const auto whole = withLongTexts(-1);
-    ASSERT_TRUE(whole);
-    for (const ClipItem &item : *whole)
-        EXPECT_EQ(item.fullText, QString::fromLatin1(longText));
-    for (int broken : { 0, 2 })
-        EXPECT_FALSE(withLongTexts(broken)) << broken;
-
     // One bad entry empties the whole list; so does anything but an array.
     const QByteArray good(validText);
     EXPECT_TRUE(HistoryCodec::decode('[' + good + ',' + good + ']'));
@@ -172,6 +154,65 @@ TEST(ClipItemJsonTest, ReadingIsAllOrNothing)
     for (const char *bytes :
         { "", "{}", "[1]", "[null]", "[{}]", "[] []", "[", "\xEF\xBB\xBF[]x", "[]\xFF", " \xEF\xBB\xBF[]" })
         EXPECT_FALSE(HistoryCodec::decode(bytes)) << bytes;
+}
+
+// Long full texts are decoded once the rest is read, two threads sharing
+// them when they are many: they must land in their own entries, and a bad
+// escape in any of them, used or replaced, still empties the list.
+TEST(ClipItemJsonTest, LongTextsReadLaterAreExactAndAllOrNothing)
+{
+    const QByteArray entryStart = R"({"id":"0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0F9","kind":"text","preview":"a",)";
+    const auto entry = [&](const QByteArray &fullTexts) -> QByteArray {
+        return entryStart + fullTexts + R"("pinned":false,"createdAt":1})";
+    };
+    const auto fullText = [](const QByteArray &text) -> QByteArray { return R"("fullText":")" + text + R"(",)"; };
+    const auto longText = [](char letter, qsizetype size) { return QByteArray(size, letter); };
+    const QByteArray bad = R"(\u12G4)";
+
+    // Three of 3 MiB, a short one after each: the first on a thread of its
+    // own, the other two here.
+    const auto many = [&](int broken) {
+        QByteArray json = "[";
+        for (int i = 0; i < 3; ++i) {
+            const QByteArray text = longText(char('x' + i), 3 << 20) + (i == broken ? bad : QByteArray());
+            json += entry(fullText(text)) + ',' + entry(fullText("court")) + (i < 2 ? ',' : ']');
+        }
+        return HistoryCodec::decode(json);
+    };
+    const auto whole = many(-1);
+    ASSERT_TRUE(whole);
+    ASSERT_EQ(whole->size(), 6);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(whole->at(2 * i).fullText, QString::fromLatin1(longText(char('x' + i), 3 << 20))) << i;
+        EXPECT_EQ(whole->at(2 * i + 1).fullText, QStringLiteral("court")) << i;
+    }
+    for (int broken : { 0, 2 })
+        EXPECT_FALSE(many(broken)) << broken;
+
+    // One long text, read later on this thread; a name given twice.
+    const QByteArray longBad = longText('y', 70000) + bad;
+    const QByteArray longGood = longText('z', 70000);
+    const struct {
+        const char *name;
+        QByteArray members;
+        std::optional<QByteArray> fullText;
+    } rows[] = {
+        { "long", fullText(longGood), longGood },
+        { "long, bad", fullText(longBad), std::nullopt },
+        { "long then short", fullText(longGood) + fullText("b"), "b" },
+        { "short then long", fullText("b") + fullText(longGood), longGood },
+        { "bad long then short", fullText(longBad) + fullText("b"), std::nullopt },
+        { "bad long then null", fullText(longBad) + R"("fullText":null,)", std::nullopt },
+        { "bad long then long", fullText(longBad) + fullText(longGood), std::nullopt },
+        { "long then a number", fullText(longGood) + R"("fullText":1,)", std::nullopt },
+    };
+    for (const auto &row : rows) {
+        const auto items = HistoryCodec::decode('[' + entry(row.members) + ']');
+        ASSERT_EQ(items.has_value(), row.fullText.has_value()) << row.name;
+        if (items) {
+            EXPECT_EQ(items->at(0).fullText, QString::fromLatin1(*row.fullText)) << row.name;
+        }
+    }
 }
 
 TEST(ClipItemEqualityTest, CanonicalTextsAreEqualAndHashAlike)
