@@ -263,14 +263,14 @@ private:
         return skip(value, level);
     }
 
-    // The parser has found where the string ends, escaped quotes and all: its
-    // token runs up to the next structural character, spaces included.
     bool text(od::value &value, QString *out)
     {
         const std::optional<StringSpan> found = span(value);
         return found && JsonReader::readStringBefore(found->contents, found->quote, out);
     }
 
+    // The parser has found where the string ends, escaped quotes and all: its
+    // token runs up to the next structural character, spaces included.
     static std::optional<StringSpan> span(od::value &value)
     {
         std::string_view token = value.raw_json_token();
